@@ -1,0 +1,30 @@
+# What every target of the project is compiled with.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+add_library(quillmere_options INTERFACE)
+target_compile_options(quillmere_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  # The toolkit's four-character constants are decimal or literal-operator constants, never 'abcd'.
+  -Werror=multichar
+  # Results must not depend on the machine.
+  -ffp-contract=off)
+target_compile_definitions(quillmere_options INTERFACE _FILE_OFFSET_BITS=64)
+
+if(QUILLMERE_SANITIZE)
+  target_compile_options(quillmere_options INTERFACE
+    -fsanitize=${QUILLMERE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(quillmere_options INTERFACE -fsanitize=${QUILLMERE_SANITIZE})
+endif()
+if(QUILLMERE_FUZZERS)
+  target_compile_options(quillmere_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

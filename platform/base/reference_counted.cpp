@@ -1,0 +1,14 @@
+#include "reference_counted.h"
+
+CFTypeRef CFRetain(CFTypeRef object) {
+  if (object) object->references_.fetch_add(1, std::memory_order_relaxed);
+  return object;
+}
+
+void CFRelease(CFTypeRef object) {
+  if (object && object->references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete object;
+}
+
+SInt64 CFGetRetainCount(CFTypeRef object) {
+  return object ? object->references_.load(std::memory_order_relaxed) : 0;
+}

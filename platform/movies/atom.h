@@ -1,0 +1,74 @@
+/// The atom tree: the model of everything that stands in a movie file outside its media data.
+///
+/// A tree keeps every byte it was read from. Containers that are understood hold children; every other
+/// atom is a leaf whose payload is kept verbatim. Writing an unchanged tree gives the bytes that were
+/// read. Typed views (movie_records.h) decode and patch fields inside payloads, so that a change
+/// touches only the bytes it is about.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "base_types.h"
+
+namespace quillmere::movies {
+
+/// How an atom's size was written; kept so that it is written the same way again.
+enum class SizeForm : UInt8 {
+  k32,      ///< 32-bit size, 8 bytes of header
+  k64,      ///< size 1 and a 64-bit size, 16 bytes of header
+  kToEnd    ///< size 0: the atom reaches to the end of what encloses it
+};
+
+class Atom {
+ public:
+  explicit Atom(OSType type) : type_(type) {}
+
+  OSType type() const { return type_; }
+  void set_type(OSType type) { type_ = type; }
+
+  /// Bytes behind the header and before the first child: all of a leaf's content; in a container the
+  /// fields that stand before its children (version, flags and entry count of `stsd` and `dref`).
+  std::span<const UInt8> payload() const;
+  /// The same bytes for patching; copied out of the block they were read from at the first call.
+  std::span<UInt8> mutable_payload();
+  void set_payload(std::vector<UInt8> bytes);
+
+  const std::vector<Atom>& children() const { return children_; }
+  std::vector<Atom>& children() { return children_; }
+  /// Bytes behind the last child, such as the four zero bytes that end some `udta` atoms.
+  std::span<const UInt8> tail() const;
+
+  /// The first child of that type, or null. The `path` form goes down a step per type.
+  const Atom* Find(OSType type) const;
+  Atom* Find(OSType type);
+  const Atom* FindPath(std::initializer_list<OSType> path) const;
+  Atom* FindPath(std::initializer_list<OSType> path);
+  Atom& Add(Atom child);
+
+  /// The bytes that writing the atom takes, header included.
+  UInt64 Size() const;
+  /// Appends the atom, header included, to `out`.
+  void Write(std::vector<UInt8>* out) const;
+
+ private:
+  friend class AtomParser;
+  OSType type_;
+  SizeForm size_form_ = SizeForm::k32;
+  /// The block that the spans below lie in when they were read and not replaced.
+  std::shared_ptr<const std::vector<UInt8>> source_;
+  std::span<const UInt8> read_payload_;
+  std::span<const UInt8> read_tail_;
+  std::vector<UInt8> own_payload_;
+  bool owns_payload_ = false;
+  std::vector<Atom> children_;
+};
+
+/// Parses the atom that `block` consists of (header first). Sizes are checked against what encloses
+/// them, nesting is limited to 32 levels. What does not parse as children makes its container a leaf.
+/// Null status 0 on success, else invalidMovie-family statuses (see movie_toolbox.h).
+OSStatus ParseAtom(std::shared_ptr<const std::vector<UInt8>> block, std::unique_ptr<Atom>* atom);
+
+}  // namespace quillmere::movies

@@ -1,0 +1,50 @@
+/// Reading movie files: the walk over the top-level atoms and the movie model that comes of it.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "atom.h"
+#include "base_types.h"
+
+namespace quillmere::movies {
+
+/// A stretch of a file.
+struct FileSpan {
+  UInt64 offset;
+  UInt64 size;
+};
+
+/// A top-level atom of a movie file.
+struct TopLevelAtom {
+  OSType type;
+  UInt64 offset;       ///< of the header, bytes from the file's start
+  UInt64 size;         ///< header included; cut to the file's end if it says more
+  UInt32 header_size;  ///< 8 or 16
+  bool truncated;      ///< the size written reaches past the end of the file
+};
+
+/// The model of one movie file.
+struct MovieFile {
+  std::vector<TopLevelAtom> top_level;
+  /// The `moov` atom: decompressed when the file has it compressed, and with the samples of all
+  /// fragments (`moof`) turned into ordinary sample tables; `mvex` is gone then.
+  std::unique_ptr<Atom> movie;
+  /// Other top-level atoms that are kept and written again, whole: `meta`, `uuid`, `udta`, `PICT` and
+  /// all that is not understood. Not among them: `ftyp`, `moov`, `mdat`, `wide`, `free`, `skip`, and what
+  /// indexes fragments (`styp`, `sidx`, `ssix`, `moof`, `mfra`, `prft`, `emsg`).
+  std::vector<Atom> kept;
+  UInt64 file_size = 0;
+  bool was_fragmented = false;
+};
+
+/// True when the file's first atoms look like a QuickTime or ISO movie: cheap, reads only headers.
+bool LooksLikeMovie(const std::filesystem::path& path);
+/// Reads everything but the media data. Memory is proportional to the movie atom. A file without `moov`
+/// or with one that does not hold together gives a status of the movies family.
+OSStatus ReadMovieFile(const std::filesystem::path& path, MovieFile* file);
+/// The same from an open file descriptor, which stays the caller's.
+OSStatus ReadMovieFile(int file_descriptor, MovieFile* file);
+
+}  // namespace quillmere::movies

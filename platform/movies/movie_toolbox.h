@@ -1,0 +1,194 @@
+/// The movie toolbox: opening movies, adding tracks that refer to samples elsewhere, flattening.
+///
+/// A Movie, its Tracks and their Media belong to one movie; DisposeMovie frees them all. Indices of
+/// tracks and data references count from 1. Times are in the movie's or media's own time scale.
+/// Functions without a status of their own leave it in GetMoviesError. One thread at a time works on
+/// one movie.
+#pragma once
+
+#include "aliases.h"
+#include "base_types.h"
+#include "cf_strings.h"
+#include "file_references.h"
+#include "memory_handles.h"
+
+struct MovieRecord;
+struct TrackRecord;
+struct MediaRecord;
+struct ImporterRecord;
+struct QTVisualContext;
+using Movie = MovieRecord*;
+using Track = TrackRecord*;
+using Media = MediaRecord*;
+/// What plays a media: here the media itself, which holds graphics mode and op colour.
+using MediaHandler = MediaRecord*;
+using GraphicsImportComponent = ImporterRecord*;
+using QTVisualContextRef = QTVisualContext*;
+
+/// An image description in native byte order: the 86-byte record, then extension atoms as in the file
+/// (big-endian). The offsets are fixed: cType at 4, two reserved fields at 8 (32 bits) and 12 (16
+/// bits), dataRefIndex at 14, width at 32, height at 34, depth at 82, colour table id at 84.
+using ImageDescriptionHandle = Handle;
+/// Any sample description, in the same form.
+using SampleDescriptionHandle = Handle;
+
+/// Statuses of the movies family.
+inline constexpr OSErr couldNotResolveDataRef = -2000;
+inline constexpr OSErr badImageDescription = -2001;
+inline constexpr OSErr badPublicMovieAtom = -2002;
+inline constexpr OSErr cantFindHandler = -2003;
+inline constexpr OSErr cantOpenHandler = -2004;
+inline constexpr OSErr noMediaHandler = -2006;
+inline constexpr OSErr invalidMedia = -2008;
+inline constexpr OSErr invalidTrack = -2009;
+inline constexpr OSErr invalidMovie = -2010;
+inline constexpr OSErr invalidSampleTable = -2011;
+inline constexpr OSErr invalidDataRef = -2012;
+inline constexpr OSErr invalidHandler = -2013;
+inline constexpr OSErr invalidDuration = -2014;
+inline constexpr OSErr invalidTime = -2015;
+inline constexpr OSErr badEditList = -2017;
+inline constexpr OSErr movieToolboxUninitialized = -2020;
+inline constexpr OSErr invalidDataRefContainer = -2038;
+inline constexpr OSErr noMovieFound = -2048;
+inline constexpr OSErr dataAlreadyOpenForWrite = -2044;
+inline constexpr OSErr progressProcAborted = -2019;
+inline constexpr OSErr noSuchProperty = -2195;  // kQTPropertyNotSupportedErr's family
+
+/// Call once before anything else.
+OSErr EnterMovies();
+/// The status of the calling thread's last toolbox call that has none of its own.
+OSErr GetMoviesError();
+
+// --- Opening -------------------------------------------------------------------------------------
+
+/// A data reference with its type, the value of the property `dloc`/`dref`.
+struct DataReferenceRecord {
+  OSType dataRefType;
+  Handle dataRef;
+};
+
+/// One property to open a movie with; the status is filled in.
+struct QTNewMoviePropertyElement {
+  OSType propClass;
+  OSType propID;
+  Size propValueSize;
+  void* propValueAddress;
+  OSStatus propStatus;
+};
+
+inline constexpr UInt32 kQTDontUseDataToFindImporter = 1;
+
+/// Tells whether the file of a data reference can be opened with a graphics importer, as a movie,
+/// and whether the importer is preferred; each output may be null. With flag 1 only the name and
+/// type decide where they can, and the content where they can't. A file of an unknown kind gives status 0 and three
+/// false answers.
+OSErr CanQuickTimeOpenDataRef(Handle data_reference, OSType type, Boolean* can_open_with_importer,
+                              Boolean* can_open_as_movie, Boolean* prefer_importer, UInt32 flags);
+
+/// Opens a movie by its properties: `dloc`/`dref` (a DataReferenceRecord) says where it is,
+/// `mprp`/`actv` (Boolean) if it is active, `ctxt`/`visu` where it is drawn. Stills (PNG, JPEG) open as
+/// one-frame movies. `output_properties` is null, their count 0. On success the caller owns `*movie`.
+OSStatus NewMovieFromProperties(ItemCount input_count, QTNewMoviePropertyElement* input_properties,
+                                ItemCount output_count, QTNewMoviePropertyElement* output_properties,
+                                Movie* movie);
+/// Frees a movie with its tracks and media; null is allowed.
+void DisposeMovie(Movie movie);
+
+// --- Movies --------------------------------------------------------------------------------------
+
+TimeScale GetMovieTimeScale(Movie movie);
+TimeValue GetMovieDuration(Movie movie);
+/// The smallest rectangle that holds all enabled visual tracks, in the movie's matrix and by its aperture mode.
+void GetMovieBox(Movie movie, Rect* box);
+Boolean GetMovieActive(Movie movie);
+void SetMovieActive(Movie movie, Boolean active);
+void SetMovieTimeValue(Movie movie, TimeValue time);
+TimeValue GetMovieTime(Movie movie, void* time_record);
+SInt32 GetMovieTrackCount(Movie movie);
+/// The track at `index` from 1; null outside.
+Track GetMovieIndTrack(Movie movie, SInt32 index);
+/// Reads or sets a property of the movie: `visu`/`apmd` (OSType: `clas`, `clea`, `prod`, `enco`).
+OSStatus QTSetMovieProperty(Movie movie, OSType property_class, OSType property_id, Size size,
+                            const void* value);
+OSStatus QTGetMovieProperty(Movie movie, OSType property_class, OSType property_id, Size size,
+                            void* value, Size* size_used);
+
+// --- Tracks and media ----------------------------------------------------------------------------
+
+/// A new enabled track, its size in 16.16 pixels, identity matrix, layer 0, `volume` 0 to 256. Null on failure.
+Track NewMovieTrack(Movie movie, Fixed width, Fixed height, SInt16 volume);
+void DisposeMovieTrack(Track track);
+/// A new media for a track that has none, its samples in the data of the reference (a null handle: the movie's
+/// own file). The reference is copied. Null on failure.
+Media NewTrackMedia(Track track, OSType media_type, TimeScale time_scale, Handle data_reference,
+                    OSType reference_type);
+Media GetTrackMedia(Track track);
+SInt32 GetTrackID(Track track);
+SInt16 GetTrackLayer(Track track);
+void SetTrackLayer(Track track, SInt16 layer);
+Boolean GetTrackEnabled(Track track);
+void SetTrackEnabled(Track track, Boolean enabled);
+void GetTrackDimensions(Track track, Fixed* width, Fixed* height);
+void GetTrackMatrix(Track track, MatrixRecord* matrix);
+TimeValue GetTrackDuration(Track track);
+TimeValue GetTrackOffset(Track track);
+TimeScale GetMediaTimeScale(Media media);
+TimeValue GetMediaDuration(Media media);
+/// Media type, creator of its name, and manufacturer; each output may be null. `name` is a C string of at most 255
+/// characters.
+void GetMediaHandlerDescription(Media media, OSType* type, char* name, OSType* manufacturer);
+MediaHandler GetMediaHandler(Media media);
+OSErr MediaSetGraphicsMode(MediaHandler handler, SInt32 mode, const RGBColor* op_color);
+OSErr MediaGetGraphicsMode(MediaHandler handler, SInt32* mode, RGBColor* op_color);
+inline constexpr SInt32 graphicsModeStraightAlpha = 256;
+
+/// Adds `sample_count` samples of `size` bytes each that lie at `offset` in the media's data reference.
+/// `size` is the size of one sample; the description is copied. `sample_time` (may be null) takes the
+/// time of the first. invalidDuration for a duration below 1.
+OSErr AddMediaSampleReference(Media media, SInt64 offset, UInt32 size, TimeValue duration_per_sample,
+                              SampleDescriptionHandle description, SInt32 sample_count,
+                              SInt16 sample_flags, TimeValue* sample_time);
+/// Adds an edit that plays `media_duration` of the media from `media_time` at `track_start`, -1 being the track's end.
+OSErr InsertMediaIntoTrack(Track track, TimeValue track_start, TimeValue media_time,
+                           TimeValue media_duration, Fixed media_rate);
+
+// --- Data references -----------------------------------------------------------------------------
+
+/// A data reference (type `alis`) to a file of that name in a folder, which need not exist.
+OSErr QTNewDataReferenceFromFSRefCFString(const FSRef* folder, CFStringRef name, UInt32 flags,
+                                          Handle* data_reference, OSType* type);
+
+// --- Flattening ----------------------------------------------------------------------------------
+
+enum : SInt16 { movieProgressOpen = 0, movieProgressUpdatePercent = 1, movieProgressClose = 2 };
+enum : SInt16 { progressOpFlatten = 1 };
+/// `percent` is 16.16 from 0 to 1. A result other than 0 ends the operation with that status.
+using MovieProgressProcPtr = OSErr (*)(Movie movie, SInt16 message, SInt16 operation, Fixed percent,
+                                       SInt64 reference_constant);
+void SetMovieProgressProc(Movie movie, MovieProgressProcPtr procedure, SInt64 reference_constant);
+
+inline constexpr SInt32 flattenAddMovieToDataFork = 1;
+inline constexpr UInt32 createMovieFileDeleteCurFile = 0x80000000U;
+inline constexpr UInt32 createMovieFileDontCreateMovie = 0x40000000U;
+
+/// Writes the movie as one self-contained file: all tracks, enabled or not, media data in playback order.
+/// The file appears under its final name when it is complete; an older one of that name is gone first
+/// if the creation flags say so, else dupFNErr. Returns null (no movie comes back with
+/// createMovieFileDontCreateMovie); the status is in GetMoviesError.
+Movie FlattenMovieDataToDataRef(Movie movie, SInt32 flatten_flags, Handle data_reference, OSType type,
+                                OSType creator, ScriptCode script, UInt32 creation_flags);
+
+// --- Graphics importers --------------------------------------------------------------------------
+
+/// An importer for a PNG or JPEG file, which the caller closes with CloseComponent; noMovieFound's
+/// family of statuses for other kinds.
+OSErr GetGraphicsImporterForDataRef(Handle data_reference, OSType type,
+                                    GraphicsImportComponent* importer);
+/// A new image description, owned by the caller.
+OSErr GraphicsImportGetImageDescription(GraphicsImportComponent importer,
+                                        ImageDescriptionHandle* description);
+/// Where the compressed image lies in the file, in bytes.
+OSErr GraphicsImportGetDataOffsetAndSize(GraphicsImportComponent importer, UInt32* offset,
+                                         UInt32* size);
+OSErr CloseComponent(GraphicsImportComponent importer);

@@ -1,0 +1,43 @@
+/// Visual contexts: where a movie's composed frame goes.
+///
+/// A pixel-buffer context takes the frame as a pixel buffer. The image-available callback runs on
+/// the thread that called MoviesTask, before that call returns.
+#pragma once
+
+#include "base_types.h"
+#include "cf_values.h"
+#include "movie_toolbox.h"
+#include "pixel_buffers.h"
+
+/// A point in time for which an image is asked; null stands for now.
+struct CVTimeStamp {
+  SInt64 time;
+  SInt32 time_scale;
+};
+
+using QTVisualContextImageAvailableCallback = void (*)(QTVisualContextRef context,
+                                                       const CVTimeStamp* time, void* user_data);
+
+/// Keys of attributes; constant strings.
+extern const CFStringRef kQTVisualContextPixelBufferAttributesKey;
+extern const CFStringRef kQTVisualContextOutputColorSpaceKey;
+
+/// A context that delivers pixel buffers with the attributes in `attributes` under
+/// kQTVisualContextPixelBufferAttributesKey. The caller owns it.
+OSStatus QTPixelBufferContextCreate(CFAllocatorRef allocator, CFDictionaryRef attributes,
+                                    QTVisualContextRef* context);
+OSStatus QTVisualContextSetAttribute(QTVisualContextRef context, CFStringRef key, CFTypeRef value);
+OSStatus QTVisualContextSetImageAvailableCallback(QTVisualContextRef context,
+                                                  QTVisualContextImageAvailableCallback callback,
+                                                  void* user_data);
+/// The newest image; the caller owns it. Null with status 0 when there is none yet.
+OSStatus QTVisualContextCopyImageForTime(QTVisualContextRef context, CFAllocatorRef allocator,
+                                         const CVTimeStamp* time, CVPixelBufferRef* image);
+void QTVisualContextRelease(QTVisualContextRef context);
+
+/// The context that a movie draws into; null for none. The movie does not own it.
+OSStatus GetMovieVisualContext(Movie movie, QTVisualContextRef* context);
+OSStatus SetMovieVisualContext(Movie movie, QTVisualContextRef context);
+/// Serves the movie: an active movie with a context whose frame for the present time has not been
+/// delivered renders it now. `milliseconds` is a limit on the work, 0 for none.
+void MoviesTask(Movie movie, SInt32 milliseconds);
