@@ -38,6 +38,9 @@ function(quillmere_module name)
   endif()
   set_target_properties(${name} PROPERTIES QUILLMERE_LAYER ${arg_LAYER})
   target_include_directories(${name} ${visibility} ${CMAKE_CURRENT_SOURCE_DIR})
+  # Lets the build compile each header alone; those named *_private.h need a library of the module.
+  list(FILTER headers EXCLUDE REGEX "_private\\.h$")
+  target_sources(${name} ${visibility} FILE_SET HEADERS BASE_DIRS ${CMAKE_CURRENT_SOURCE_DIR} FILES ${headers})
   target_link_libraries(${name} ${visibility} ${arg_DEPENDS})
   # Checked once every module is known: modules of one layer may name each other both ways.
   foreach(dependency IN LISTS arg_DEPENDS arg_PRIVATE_DEPENDS)
