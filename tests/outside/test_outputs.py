@@ -1,0 +1,242 @@
+"""Runs the whole job on movies and stills of every shape and looks at the outputs with tools that are not ours.
+
+Environment: QUILLMERE_BATCH the batch driver, QUILLMERE_CACHE a folder for downloads, kept between runs.
+"""
+
+import hashlib
+import json
+import os
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+import media
+from atoms import MovieFile, parse
+
+DRIVER = os.environ['QUILLMERE_BATCH']
+CACHE = Path(os.environ['QUILLMERE_CACHE'])
+HERE = Path(__file__).parent
+
+
+def digest(path):
+    return hashlib.sha256(Path(path).read_bytes()).hexdigest()
+
+
+def probe(path, *more):
+    return json.loads(media.run('ffprobe', '-v', 'error', '-of', 'json', '-show_streams', '-show_format', *more, path))
+
+
+def stream_digest(path, index):
+    """The MD5 of one track's samples in media order; None for kinds that FFmpeg does not copy raw."""
+    done = subprocess.run(['ffmpeg', '-v', 'error', '-nostdin', '-ignore_editlist', '1', '-i', str(path), '-map',
+                           f'0:{index}', '-c', 'copy', '-f', 'md5', '-'], capture_output=True, text=True)
+    return done.stdout.strip() if done.returncode == 0 else None
+
+
+def packets(path, index):
+    found = probe(path, '-show_packets', '-show_data_hash', 'md5', '-select_streams', str(index))['packets']
+    return [(p.get('pts'), p.get('dts'), p.get('duration'), p['size'], p['data_hash']) for p in found]
+
+
+def moov_of(path):
+    return MovieFile(path).moov
+
+
+class JobCase(unittest.TestCase):
+    @classmethod
+    def run_job(cls):
+        return subprocess.run([DRIVER, cls.mask, cls.source, cls.target], capture_output=True, text=True, timeout=600)
+
+    @classmethod
+    def setUpClass(cls):
+        cls.top = Path(tempfile.mkdtemp(prefix='quillmere-outside-'))
+        cls.addClassCleanup(shutil.rmtree, cls.top, ignore_errors=True)
+        cls.source, cls.target, cls.mask = cls.top / 'source', cls.top / 'target', cls.top / 'mask.png'
+        cls.source.mkdir()
+        cls.target.mkdir()
+        media.make_mask(cls.mask)
+        cls.fill()
+        files = [p for p in cls.source.rglob('*') if p.is_file()]
+        cls.before = {p: digest(p) for p in files}
+        cls.job = cls.run_job()
+
+    def test_sources_are_unchanged(self):
+        self.assertEqual(self.before, {p: digest(p) for p in self.source.rglob('*') if p.is_file()})
+
+
+class Movies(JobCase):
+    @classmethod
+    def fill(cls):
+        media.make_movies(cls.source)
+        for name, path in media.fetch_real(CACHE).items():
+            if path.suffix in ('.mov', '.mp4'):
+                shutil.copy(path, cls.source / name)
+
+    def pairs(self):
+        found = [p for p in sorted(self.source.iterdir()) if p.is_file()]
+        self.assertGreater(len(found), 20)
+        for path in found:
+            output = self.target / (path.stem + '-clean.mov')
+            with self.subTest(movie=path.name):
+                self.assertTrue(output.exists(), f'no output; the job printed {self.job.stdout!r}')
+                yield path, output
+
+    def test_the_job_ends_well_and_leaves_only_outputs(self):
+        self.assertEqual((self.job.returncode, self.job.stdout, self.job.stderr), (0, '', ''))
+        self.assertEqual(len(list(self.target.iterdir())), sum(p.is_file() for p in self.source.iterdir()))
+
+    def test_every_track_plays_the_same_samples(self):
+        for path, output in self.pairs():
+            if path.name == 'external.mov':  # FFmpeg does not follow the reference
+                path = self.source / 'pcm.mov'
+            old, new = probe(path)['streams'], probe(output)['streams']
+            self.assertEqual(len(new), len(old) + 1)
+            for i, stream in enumerate(old):
+                for key in ('codec_name', 'codec_tag_string', 'codec_type', 'width', 'height', 'time_base', 'duration_ts',
+                            'nb_frames', 'sample_rate', 'disposition', 'side_data_list'):
+                    if 'frag' not in path.name or key not in ('nb_frames', 'duration_ts'):
+                        self.assertEqual(stream.get(key), new[i].get(key), key)
+                self.assertEqual(stream_digest(path, i), stream_digest(output, i))
+                if 'edits' not in path.name:
+                    self.assertEqual(packets(path, i), packets(output, i))
+
+    def test_the_overlay_is_the_mask_byte_for_byte(self):
+        md5 = 'MD5:' + hashlib.md5(self.mask.read_bytes()).hexdigest()
+        for path, output in self.pairs():
+            index = len(probe(output)['streams']) - 1
+            found = probe(output, '-show_packets', '-show_data_hash', 'md5', '-select_streams', str(index))
+            self.assertEqual([p['data_hash'] for p in found['packets']], [md5])
+
+    def test_layers_and_graphics_modes(self):
+        for path, output in self.pairs():
+            tags = json.loads(media.run('exiftool', '-n', '-a', '-G1', '-json', '-TrackLayer', '-GraphicsMode',
+                                        '-CompressorID', output))[0]
+            traks = moov_of(output).find(b'trak')
+            layers = [int.from_bytes(t.first(b'tkhd').data[32:34], 'big', signed=True) if t.first(b'tkhd').data[0] == 0
+                      else int.from_bytes(t.first(b'tkhd').data[44:46], 'big', signed=True) for t in traks]
+            self.assertEqual(min(layers), layers[-1])
+            self.assertEqual(layers.count(layers[-1]), 1)
+            overlay = f'Track{len(traks)}'
+            self.assertEqual(tags[overlay + ':GraphicsMode'], 0x100)
+            self.assertEqual(tags[overlay + ':CompressorID'].strip(), 'png')
+            self.assertEqual(tags[overlay + ':TrackLayer'], layers[-1])
+
+    def test_what_is_not_about_media_places_is_kept(self):
+        for path, output in self.pairs():
+            if 'frag' in path.name or path.name in ('compressed.mov',):
+                continue
+            old, new = moov_of(path), moov_of(output)
+            for before, after in zip(old.find(b'trak'), new.find(b'trak')):
+                self.assertEqual([c.kind for c in before.children], [c.kind for c in after.children])
+                for part in ((b'tkhd',), (b'edts', b'elst'), (b'tref',), (b'udta',), (b'load',), (b'tapt',), (b'zZ01',),
+                             (b'mdia', b'mdhd'), (b'mdia', b'hdlr'), (b'mdia', b'minf', b'vmhd'),
+                             (b'mdia', b'minf', b'gmhd', b'gmin'), (b'mdia', b'minf', b'stbl', b'stsd'),
+                             (b'mdia', b'minf', b'stbl', b'stts'), (b'mdia', b'minf', b'stbl', b'stsz'),
+                             (b'mdia', b'minf', b'stbl', b'ctts'), (b'mdia', b'minf', b'stbl', b'stsc')):
+                    self.assertEqual([a.bytes() for a in before.find(*part)], [a.bytes() for a in after.find(*part)], part)
+            for kind in (b'udta', b'meta', b'zZ02'):
+                self.assertEqual([a.bytes() for a in old.find(kind)], [a.bytes() for a in new.find(kind)], kind)
+
+    def test_mp4box_reads_self_contained_tracks(self):
+        for path, output in self.pairs():
+            tracks = json.loads(media.run('node', HERE / 'mp4box_probe.mjs', CACHE / 'npm', output))
+            self.assertTrue(all(flags & 1 for t in tracks for flags in t['references']), tracks)
+            self.assertEqual(tracks[-1]['graphicsMode'], 0x100)
+            self.assertEqual(tracks[-1]['edits'], 1)
+            self.assertEqual(tracks[-1]['flags'] & 1, 1)
+
+    def test_mediainfo_and_fq_read_it(self):
+        for path, output in self.pairs():
+            xml = media.run('mediainfo', '--Details=1', '--Output=XML', output)
+            self.assertNotIn('IsTruncated', xml)
+            self.assertIn('png', xml)
+            top = media.run('fq', '-o', 'force=true', '-d', 'mp4', '[.boxes[].type] | join(" ")', output)
+            self.assertRegex(top, r'ftyp moov .*mdat')
+
+    def test_the_output_decodes_alone(self):
+        alone = self.top / 'alone'
+        for path, output in self.pairs():
+            alone.mkdir()
+            try:
+                moved = Path(shutil.copy(output, alone))
+                media.ffmpeg('-i', moved, '-map', '0:v', '-map', '0:a?', '-f', 'null', '-')
+            finally:
+                shutil.rmtree(alone)
+
+    def test_blends_show_the_overlay(self):
+        """FFmpeg overlays the two tracks: clear third as the base, opaque third red, half clear third between."""
+        output = self.target / 'faststart-clean.mov'
+        raw = subprocess.run(['ffmpeg', '-v', 'error', '-nostdin', '-i', output, '-filter_complex',
+                              '[0:v:0]format=rgba[b];[b][0:v:1]overlay=format=rgb,format=rgb24', '-frames:v', '1', '-f', 'rawvideo', '-'],
+                             capture_output=True, check=True).stdout
+        base = subprocess.run(['ffmpeg', '-v', 'error', '-nostdin', '-i', self.source / 'faststart.mp4', '-frames:v', '1',
+                               '-vf', 'format=rgba,format=rgb24', '-f', 'rawvideo', '-'], capture_output=True, check=True).stdout
+
+        def pixel(image, x, y):
+            return tuple(image[(y * 320 + x) * 3:(y * 320 + x) * 3 + 3])
+        self.assertEqual(pixel(raw, 10, 30), pixel(base, 10, 30))
+        self.assertEqual(pixel(raw, 90, 30), (255, 0, 0))
+        expected = tuple(round((128 * r + 127 * b) / 255) for r, b in zip((255, 0, 0), pixel(base, 48, 30)))
+        for got, wanted in zip(pixel(raw, 48, 30), expected):
+            self.assertLessEqual(abs(got - wanted), 2)
+
+
+class Stills(JobCase):
+    @classmethod
+    def fill(cls):
+        media.make_stills(cls.source)
+        for name, path in media.fetch_real(CACHE).items():
+            if path.suffix == '.jpg' and 'exif' not in name and name != 'empty.jpg':
+                shutil.copy(path, cls.source / name)
+
+    def stills(self):
+        return [p for p in sorted(self.source.iterdir()) if p.name.endswith('jpg')]
+
+    def output_of(self, path):
+        return self.target / ((path.stem if path.suffix else path.name) + '-clean.jpg')
+
+    def test_every_name_that_ends_in_jpg_has_an_output(self):
+        self.assertEqual((self.job.returncode, self.job.stdout), (0, ''))
+        self.assertEqual({p.name for p in self.target.iterdir()}, {self.output_of(p).name for p in self.stills()})
+
+    def test_pictures_agree_with_an_independent_composite(self):
+        """Through JPEG at quality 80 on both sides: close on average; exact comparison stands in the unit tests."""
+        for path in self.stills():
+            with self.subTest(still=path.name):
+                expected = self.top / 'expected.png'
+                media.run('convert', path, '-auto-orient', '-colorspace', 'sRGB', self.mask, '-compose', 'over', '-composite', expected)
+                size = media.run('identify', '-format', '%wx%h', expected)
+                self.assertEqual(media.run('identify', '-format', '%wx%h', self.output_of(path)), size)
+                done = subprocess.run(['compare', '-metric', 'MAE', expected, self.output_of(path), 'null:'],
+                                      capture_output=True, text=True)
+                error = float(re.search(r'\(([\d.e+-]+)\)', done.stderr).group(1))
+                self.assertLess(error, 0.03)
+
+    def test_quality_density_and_colour(self):
+        self.assertEqual(media.run('identify', '-format', '%Q', self.output_of(self.source / 'full.jpg')), '80')
+        self.assertEqual(media.run('identify', '-units', 'PixelsPerInch', '-format', '%xx%y', self.output_of(self.source / 'dense.jpg')), '240x120')
+        for name in ('cmyk.jpg', 'grey.jpg'):
+            self.assertIn(media.run('identify', '-format', '%[colorspace]', self.output_of(self.source / name)), ('sRGB', 'Gray'))
+
+
+class OldOutputs(JobCase):
+    """Source and target are one folder, with an older output in it that is a source of this job too."""
+
+    @classmethod
+    def fill(cls):
+        cls.target = cls.source
+        media.ffmpeg(*media.VIDEO, '-c:v', 'mpeg4', cls.source / 'clip.mov')
+        media.ffmpeg(*media.VIDEO, '-vf', 'negate', '-c:v', 'mpeg4', cls.source / 'clip-clean.mov')
+
+    def test_an_output_that_is_a_source_of_this_job_stays(self):
+        self.assertTrue((self.source / 'clip-clean-clean.mov').exists())
+
+    def test_sources_are_unchanged(self):
+        self.assertEqual(self.before, {p: digest(p) for p in self.before})
+
+
+if __name__ == '__main__':
+    unittest.main()
