@@ -9,7 +9,8 @@
 
 namespace quillmere::movies {
 
-/// A file opened for reading. It stays readable when its name goes away or is taken by another file.
+/// A file opened for reading. It stays readable when its name goes away or is taken by another
+/// file.
 class DataSource {
  public:
   virtual ~DataSource() = default;
@@ -31,7 +32,13 @@ class DataSource {
   virtual const Identity& identity() const = 0;
 };
 
-/// Opens a regular file; anything else, or one that can't be read, gives a status of the files family.
+/// Fills `bytes` from `offset` of an open file; eofErr when it ends before, else a status of the
+/// files family. The file's own position does not move.
+OSStatus ReadFully(int file_descriptor, UInt64 offset, std::span<UInt8> bytes);
+
+/// Opens a regular file; a file that is open already is shared as long as its size and modification
+/// time are the same. May be called from any thread. Anything else, or one that can't be read,
+/// gives a status of the files family.
 OSStatus OpenDataSource(const std::filesystem::path& path, std::shared_ptr<DataSource>* source);
 
 }  // namespace quillmere::movies

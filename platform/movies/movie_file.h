@@ -25,26 +25,48 @@ struct TopLevelAtom {
   bool truncated;      ///< the size written reaches past the end of the file
 };
 
+/// A kept atom above this is not read into memory.
+inline constexpr UInt64 kLargestKeptAtom = UInt64{1} << 20;
+/// The largest movie atom that is read, and the number of top-level atoms that a file may have.
+inline constexpr UInt64 kLargestMovieAtom = UInt64{1} << 30;
+inline constexpr std::size_t kMaximumTopLevelAtoms = std::size_t{1} << 20;
+
 /// The model of one movie file.
 struct MovieFile {
   std::vector<TopLevelAtom> top_level;
   /// The `moov` atom: decompressed when the file has it compressed, and with the samples of all
   /// fragments (`moof`) turned into ordinary sample tables; `mvex` is gone then.
   std::unique_ptr<Atom> movie;
-  /// Other top-level atoms that are kept and written again, whole: `meta`, `uuid`, `udta`, `PICT` and
-  /// all that is not understood. Not among them: `ftyp`, `moov`, `mdat`, `wide`, `free`, `skip`, and what
-  /// indexes fragments (`styp`, `sidx`, `ssix`, `moof`, `mfra`, `prft`, `emsg`).
+  /// Other top-level atoms that are kept and written again, whole, each with a size of its own:
+  /// `meta`, `uuid`, `udta`, `PICT` and all that is not understood. Not among them: `ftyp`, `moov`,
+  /// `mdat`, `wide`, `free`, `skip`, and what indexes fragments (`styp`, `sidx`, `ssix`, `moof`,
+  /// `mfra`, `prft`, `emsg`).
   std::vector<Atom> kept;
+  /// Those of them that are larger than `kLargestKeptAtom`: header and content as they lie in the
+  /// file.
+  std::vector<FileSpan> kept_in_file;
   UInt64 file_size = 0;
   bool was_fragmented = false;
 };
 
 /// True when the file's first atoms look like a QuickTime or ISO movie: cheap, reads only headers.
 bool LooksLikeMovie(const std::filesystem::path& path);
-/// Reads everything but the media data. Memory is proportional to the movie atom. A file without `moov`
-/// or with one that does not hold together gives a status of the movies family.
+/// Reads everything but the media data. Memory is proportional to the movie atom. A file without
+/// `moov` gives noMovieFound, one whose movie does not hold together another status of the movies
+/// family.
 OSStatus ReadMovieFile(const std::filesystem::path& path, MovieFile* file);
 /// The same from an open file descriptor, which stays the caller's.
 OSStatus ReadMovieFile(int file_descriptor, MovieFile* file);
+
+/// A stretch of the file that is named by an absolute offset somewhere else than in a chunk table.
+struct ForeignOffset {
+  OSType atom;    ///< the atom that names it: `iloc` or `saio`
+  UInt64 offset;  ///< in the file, bytes
+  UInt64 size;    ///< in bytes; 0 when the atom does not say
+};
+/// Appends all such stretches that a tree names: items of `iloc` with construction method 0 and
+/// tables of `saio`. A movie that has some can't be moved without them. invalidMovie when such an
+/// atom does not parse.
+OSStatus FindForeignOffsets(const Atom& tree, std::vector<ForeignOffset>* found);
 
 }  // namespace quillmere::movies

@@ -1,8 +1,8 @@
 /// Sample tables in their run-length form, with prefix sums for look-up.
 ///
-/// A table is read from an `stbl` atom and never expanded to one record a sample: time runs, size runs
-/// or the raw size array, chunk runs. Look-ups are binary searches. Samples and chunks are numbered
-/// from 0 here; sample descriptions from 1 as in the file.
+/// A table is read from an `stbl` atom and never expanded to one record a sample: time runs, size
+/// runs or the raw size array, chunk runs. Look-ups are binary searches. Samples and chunks are
+/// numbered from 0 here; sample descriptions from 1 as in the file.
 #pragma once
 
 #include <optional>
@@ -28,36 +28,43 @@ struct SampleInfo {
 
 /// One chunk: bytes that lie together in one file.
 struct ChunkInfo {
-  UInt64 offset;         ///< in the file of its data reference, in bytes
-  UInt64 size;           ///< in bytes
-  UInt64 first_sample;   ///< from 0
+  UInt64 offset;        ///< in the file of its data reference, in bytes
+  UInt64 size;          ///< in bytes
+  UInt64 first_sample;  ///< from 0
   UInt64 sample_count;
-  SInt64 decode_time;    ///< of the first sample, media time units
-  UInt32 description;    ///< index into stsd, from 1
+  SInt64 decode_time;  ///< of the first sample, media time units
+  UInt32 description;  ///< index into stsd, from 1
 };
 
 /// What a sample description says of its media's bytes, as far as sizes depend on it.
 struct DescriptionInfo {
   OSType format;
-  UInt16 data_reference;     ///< index into dref, from 1
-  /// For old sound whose "samples" are frames of fixed-size packets: bytes of one packet and frames in it;
-  /// 0 and 0 otherwise (the size table is true then).
+  UInt16 data_reference;  ///< index into dref, from 1
+  /// For old sound whose "samples" are frames of fixed-size packets: bytes of one packet and frames
+  /// in it; 0 and 0 otherwise (the size table is true then).
   UInt32 bytes_per_packet = 0;
   UInt32 frames_per_packet = 0;
 };
 
+/// A place in a sample table's time runs: the first sample of a run and its decode time.
+struct TimeMark {
+  UInt64 sample;
+  SInt64 time;
+};
+
 class SampleTable {
  public:
-  /// Reads the tables of an `stbl` atom. `media_type` is the handler's type ('soun' decides how sizes are
-  /// counted). Every count is checked against the bytes that are there; a table that does not hold
-  /// together gives a status of the movies family and leaves `table` empty.
+  /// Reads the tables of an `stbl` atom. `media_type` is the handler's type ('soun' decides how
+  /// sizes are counted). Every count is checked against the bytes that are there; a table that does
+  /// not hold together gives a status of the movies family and leaves `table` empty. The table does
+  /// not depend on the atom's life.
   static OSStatus Read(const Atom& stbl, OSType media_type, SampleTable* table);
 
-  UInt64 sample_count() const;
-  UInt64 chunk_count() const;
-  SInt64 duration() const;      ///< sum of all sample durations, media time units
-  UInt64 data_size() const;     ///< sum of all chunk sizes, bytes
-  std::span<const DescriptionInfo> descriptions() const;
+  UInt64 sample_count() const { return sample_count_; }
+  UInt64 chunk_count() const { return chunk_count_; }
+  SInt64 duration() const { return duration_; }  ///< sum of all sample durations, media time units
+  UInt64 data_size() const { return data_size_; }  ///< sum of all chunk sizes, bytes
+  std::span<const DescriptionInfo> descriptions() const { return descriptions_; }
 
   /// The sample by number; false outside the table.
   bool SampleAt(UInt64 sample, SampleInfo* info) const;
@@ -65,12 +72,103 @@ class SampleTable {
   std::optional<UInt64> SampleAtTime(SInt64 time) const;
   bool ChunkAt(UInt64 chunk, ChunkInfo* info) const;
 
-  /// Calls `visit(const ChunkInfo&)` for every chunk in file order of the table, in time linear in the
-  /// number of chunks; a false result ends the walk.
+  /// Calls `visit(const ChunkInfo&)` for every chunk in file order of the table, in time linear in
+  /// the number of chunks (and a pass over the size table where sizes differ); a false result ends
+  /// the walk.
   template <class Visit>
-  void ForEachChunk(Visit visit) const;
+  void ForEachChunk(Visit visit) const {
+    ChunkWalk walk(*this);
+    ChunkInfo chunk = {};
+    while (walk.Next(&chunk) && visit(static_cast<const ChunkInfo&>(chunk))) {
+    }
+  }
 
-  // The owner of this header adds the private data that these need, and the template's definition.
+ private:
+  friend class SampleTableReader;
+
+  /// A table of equal big-endian records as it stands in the file.
+  struct RawTable {
+    SharedBytes source;
+    const UInt8* entries = nullptr;
+    UInt64 count = 0;
+  };
+  /// Chunks with one number of samples and one description.
+  struct ChunkRun {
+    UInt64 first_chunk;
+    UInt64 first_sample;
+    UInt32 samples_per_chunk;
+    UInt32 description;
+  };
+  /// How a run-length table (`stts`, `ctts`) stands at a sample.
+  struct RunPosition {
+    UInt64 entry = 0;
+    UInt64 first_sample = 0;
+    SInt64 first_time = 0;
+  };
+
+  /// Goes through all chunks in order.
+  class ChunkWalk {
+   public:
+    explicit ChunkWalk(const SampleTable& table) : table_(table) {}
+    bool Next(ChunkInfo* chunk);
+
+   private:
+    const SampleTable& table_;
+    UInt64 chunk_ = 0;
+    std::size_t run_ = 0;
+    RunPosition time_;
+  };
+
+  UInt64 OffsetOfChunk(UInt64 chunk) const;
+  const ChunkRun& RunOfChunk(UInt64 chunk) const;
+  /// The chunk as its run tells, without its times and size.
+  void PlaceChunk(const ChunkRun& run, UInt64 chunk, ChunkInfo* info) const;
+  const DescriptionInfo& DescriptionOf(UInt32 index) const { return descriptions_[index - 1]; }
+  UInt64 SizeOf(UInt64 sample) const;
+  UInt64 SumOfSizes(UInt64 first, UInt64 count) const;
+  UInt64 SizeBefore(UInt64 sample) const;
+  UInt64 ChunkSize(const ChunkInfo& chunk) const;
+  SInt64 DurationOfEntry(UInt64 entry) const;
+  UInt64 CountOfEntry(UInt64 entry) const;
+  void AdvanceTo(UInt64 sample, RunPosition* position) const;
+  SInt64 TimeAt(const RunPosition& position, UInt64 sample) const;
+  RunPosition TimeRunOf(UInt64 sample) const;
+  SInt32 CompositionOffsetOf(UInt64 sample) const;
+  bool IsSync(UInt64 sample) const;
+
+  UInt64 sample_count_ = 0;
+  UInt64 chunk_count_ = 0;
+  SInt64 duration_ = 0;
+  UInt64 data_size_ = 0;
+  std::vector<DescriptionInfo> descriptions_;
+
+  RawTable times_;         ///< stts: count, duration
+  RawTable compositions_;  ///< ctts: count, offset
+  RawTable sizes_;         ///< stsz or stz2; count is the number of samples
+  RawTable offsets_;       ///< stco or co64
+  RawTable syncs_;         ///< stss; no entries pointer when all samples are sync
+  UInt32 constant_size_ = 0;
+  UInt32 size_bits_ = 32;  ///< width of a size entry: 4, 8, 16 or 32
+  UInt32 offset_bytes_ = 4;
+  std::vector<ChunkRun> chunk_runs_;
+  /// Every so many entries of stts and ctts: where they stand. Small, and enough for quick look-up.
+  std::vector<TimeMark> time_marks_;
+  std::vector<UInt64> composition_marks_;
+  /// Sizes before every so many samples; made at the first look-up that needs it.
+  mutable std::vector<UInt64> size_marks_;
 };
+
+/// Checks that every chunk lies within a file of `file_size` bytes. Only chunks whose description
+/// names the data reference of that index count; 0 means all. eofErr when one does not.
+OSStatus CheckChunkBounds(const SampleTable& table, UInt16 data_reference, UInt64 file_size);
+
+/// Replaces the chunk offsets of an `stbl`, one for each chunk in order. The table becomes a `co64`
+/// when an offset needs it or `force_wide` asks for it, else a `stco`, at the place of the old one
+/// among its siblings. paramErr unless there are as many offsets as chunks.
+OSStatus ReplaceChunkOffsets(Atom* stbl, std::span<const UInt64> offsets, bool force_wide = false);
+
+/// What a sound description says of packets: bytes and frames of one packet; 0 and 0 if its packets
+/// vary or it does not say. `entry` is an `stsd` child of a sound media.
+DescriptionInfo ReadSoundPackets(const Atom& entry);
 
 }  // namespace quillmere::movies
