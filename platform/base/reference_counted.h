@@ -8,7 +8,11 @@
 
 #include "base_types.h"
 
-/// Base of every reference-counted object. New objects start with one reference.
+/// A reference to an object of any kind. Opaque kinds convert to it by themselves.
+using CFTypeRef = const void*;
+
+/// Base of every reference-counted object, its first and only one, so that a pointer to the object is a
+/// pointer to this. New objects start with one reference.
 struct CFObject {
   CFObject() = default;
   CFObject(const CFObject&) = delete;
@@ -16,13 +20,11 @@ struct CFObject {
   virtual ~CFObject() = default;
 
  private:
-  friend const CFObject* CFRetain(const CFObject* object);
-  friend void CFRelease(const CFObject* object);
-  friend SInt64 CFGetRetainCount(const CFObject* object);
+  friend CFTypeRef CFRetain(CFTypeRef object);
+  friend void CFRelease(CFTypeRef object);
+  friend SInt64 CFGetRetainCount(CFTypeRef object);
   mutable std::atomic<SInt64> references_{1};
 };
-
-using CFTypeRef = const CFObject*;
 
 /// Adds a reference; gives the object back. Null is allowed.
 CFTypeRef CFRetain(CFTypeRef object);
@@ -32,6 +34,9 @@ void CFRelease(CFTypeRef object);
 SInt64 CFGetRetainCount(CFTypeRef object);
 
 namespace quillmere {
+
+/// The common part of an object; null for null.
+inline const CFObject* ObjectOf(CFTypeRef object) { return static_cast<const CFObject*>(object); }
 
 /// Owns one reference of a CFObject-derived type and gives it up at the end of the scope.
 template <class Ref>
