@@ -30,14 +30,14 @@ using Transform = std::unique_ptr<void, DeleteTransform>;
 using Context = std::unique_ptr<std::remove_pointer_t<cmsContext>, DeleteContext>;
 using Curve = std::unique_ptr<cmsToneCurve, FreeCurve>;
 
-/// Nothing is printed and nothing ends the program over a bad profile: lcms2's default handler says nothing.
-/// The cache of one pixel would make a transform unfit for two threads.
+/// Nothing is printed and nothing ends the program over a bad profile: lcms2's default handler says
+/// nothing. The cache of one pixel would make a transform unfit for two threads.
 constexpr cmsUInt32Number kFlags = cmsFLAGS_NOCACHE;
 
 Transform MakeTransform(cmsContext context, cmsHPROFILE from, cmsUInt32Number from_format,
                         cmsHPROFILE to, cmsUInt32Number to_format) {
-  return Transform(cmsCreateTransformTHR(context, from, from_format, to, to_format,
-                                         INTENT_PERCEPTUAL, kFlags));
+  return Transform(
+      cmsCreateTransformTHR(context, from, from_format, to, to_format, INTENT_PERCEPTUAL, kFlags));
 }
 
 /// A grey of 8 or 16 bits has few values, so all of them are converted beforehand.
@@ -49,12 +49,14 @@ class GreyConversion : public ColorConversion {
     if (!transform) return nullptr;
     auto made = std::make_shared<GreyConversion>();
     std::vector<UInt16> codes(65536);
-    for (std::size_t i = 0; i < codes.size(); ++i) codes[i] = static_cast<UInt16>(i);
+    for (std::size_t i = 0; i < codes.size(); ++i)
+      codes[i] = static_cast<UInt16>(i);
     std::vector<UInt8> rgb(codes.size() * 3);
     cmsDoTransform(transform.get(), codes.data(), rgb.data(), 65536);
     made->table16_.resize(codes.size());
     // The colours are neutral up to rounding; green is taken for all three.
-    for (std::size_t i = 0; i < codes.size(); ++i) made->table16_[i] = rgb[i * 3 + 1];
+    for (std::size_t i = 0; i < codes.size(); ++i)
+      made->table16_[i] = rgb[i * 3 + 1];
     bool same = true;
     for (std::size_t i = 0; i < 256; ++i) {
       made->table8_[i] = made->table16_[i * 257];
@@ -105,7 +107,8 @@ class TransformConversion : public ColorConversion {
   }
   void ConvertCmyk(const UInt8* inks, UInt8* argb, std::size_t count) const override {
     Do(transform8_, inks, 4, argb, count);
-    for (std::size_t i = 0; i < count; ++i) argb[i * 4] = 255;
+    for (std::size_t i = 0; i < count; ++i)
+      argb[i * 4] = 255;
   }
   void ConvertRgba16(const UInt16* pixels, UInt8* argb, std::size_t count) const override {
     Do(transform16_, pixels, 4, argb, count);

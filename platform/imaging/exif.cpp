@@ -60,7 +60,8 @@ ExifValues ParseExif(std::span<const UInt8> tiff) {
     const UInt16 type = reader.Short(entry + 2);
     if (tag == kOrientationTag && type == kShortType) {
       const UInt16 orientation = reader.Short(entry + 8);
-      if (orientation >= 1 && orientation <= 8) values.orientation = static_cast<UInt8>(orientation);
+      if (orientation >= 1 && orientation <= 8)
+        values.orientation = static_cast<UInt8>(orientation);
     } else if (tag == kXResolutionTag && type == kRationalType) {
       values.dots_per_inch_x = reader.Rational(reader.Long(entry + 8));
     } else if (tag == kYResolutionTag && type == kRationalType) {

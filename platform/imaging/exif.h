@@ -14,10 +14,12 @@ struct ExifValues {
 };
 
 /// Reads an Exif block that starts with its TIFF header ("II" or "MM"). Values that are missing or
-/// damaged keep their defaults. Source: TIFF 6.0 and Exif 2.32, tags 0x0112, 0x011A, 0x011B, 0x0128.
+/// damaged keep their defaults. Source: TIFF 6.0 and Exif 2.32, tags 0x0112, 0x011A, 0x011B,
+/// 0x0128.
 ExifValues ParseExif(std::span<const UInt8> tiff);
 
-/// The TIFF part of a JPEG's APP1 segment (without marker and length), empty if it is no Exif block.
+/// The TIFF part of a JPEG's APP1 segment (without marker and length), empty if it is no Exif
+/// block.
 std::span<const UInt8> ExifOfSegment(std::span<const UInt8> segment);
 
 }  // namespace quillmere::imaging

@@ -57,7 +57,8 @@ class Pool {
 
   void Clear() {
     const std::lock_guard lock(mutex_);
-    for (const Block& block : blocks_) std::free(block.data);
+    for (const Block& block : blocks_)
+      std::free(block.data);
     blocks_.clear();
     bytes_ = 0;
   }
@@ -99,6 +100,8 @@ FrameMemory::~FrameMemory() {
   if (data_) ThePool().Put({data_, capacity_});
 }
 
-void ReleaseUnusedFrames() { ThePool().Clear(); }
+void ReleaseUnusedFrames() {
+  ThePool().Clear();
+}
 
 }  // namespace quillmere::imaging

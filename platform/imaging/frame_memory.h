@@ -1,7 +1,8 @@
 /// Memory for frames, taken from a pool and given back to it.
 ///
-/// The first touch of fresh pages costs as much as decoding a picture into them, so blocks are kept and
-/// handed out again. What the pool keeps is bounded; larger blocks go back to the system at once.
+/// The first touch of fresh pages costs as much as decoding a picture into them, so blocks are kept
+/// and handed out again. What the pool keeps is bounded; larger blocks go back to the system at
+/// once.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +23,8 @@ class FrameMemory {
   FrameMemory& operator=(const FrameMemory&) = delete;
   ~FrameMemory();
 
-  /// A block of at least `size` bytes; an empty one when there is no memory. Any thread may call it.
+  /// A block of at least `size` bytes; an empty one when there is no memory. Any thread may call
+  /// it.
   static FrameMemory Acquire(std::size_t size);
 
   UInt8* data() const { return data_; }

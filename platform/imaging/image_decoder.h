@@ -1,8 +1,8 @@
 /// Decoding PNG and JPEG pictures from memory into frames.
 ///
-/// A decoded picture has four bytes a pixel in the order alpha, red, green, blue; alpha is straight; the
-/// colours are sRGB: an embedded profile, or a PNG's gamma and primaries, have been applied. Nothing here
-/// knows of movies. All calls may be made from any thread.
+/// A decoded picture has four bytes a pixel in the order alpha, red, green, blue; alpha is
+/// straight; the colours are sRGB: an embedded profile, or a PNG's gamma and primaries, have been
+/// applied. Nothing here knows of movies. All calls may be made from any thread.
 #pragma once
 
 #include <span>
@@ -44,8 +44,8 @@ struct DecodedImage {
 
 /// What a picture's headers say of its decoding.
 struct ImageShape {
-  OSType format = 0;      ///< "png "_4cc or "jpeg"_4cc
-  UInt32 width = 0;       ///< as decoded: turned upright if that was asked for
+  OSType format = 0;  ///< "png "_4cc or "jpeg"_4cc
+  UInt32 width = 0;   ///< as decoded: turned upright if that was asked for
   UInt32 height = 0;
   UInt8 orientation = 1;  ///< that will be applied
 };
@@ -53,8 +53,8 @@ struct ImageShape {
 /// Whether a picture's orientation tag is applied.
 enum class Turn { kUpright, kAsEncoded };
 
-/// Tells what DecodeImage would give, from the headers alone. kImageUnknownType for bytes of another kind,
-/// kImageInvalidData for headers that are damaged or sides outside the limits.
+/// Tells what DecodeImage would give, from the headers alone. kImageUnknownType for bytes of
+/// another kind, kImageInvalidData for headers that are damaged or sides outside the limits.
 OSStatus ReadImageShape(std::span<const UInt8> bytes, Turn turn, ImageShape* shape);
 
 /// Decodes into new memory. A JPEG that ends early or has damaged data gives what could be decoded,
@@ -62,8 +62,9 @@ OSStatus ReadImageShape(std::span<const UInt8> bytes, Turn turn, ImageShape* sha
 /// kImageUnexpectedEnd or kImageInvalidData; memFullErr when there is no memory.
 OSStatus DecodeImage(std::span<const UInt8> bytes, Turn turn, DecodedImage* image);
 
-/// Decodes a JPEG straight into `target`, whose sides must be those of ReadImageShape (else paramErr).
-/// `incomplete` may be null. Statuses as for DecodeImage; the target's content is undefined after a failure.
+/// Decodes a JPEG straight into `target`, whose sides must be those of ReadImageShape (else
+/// paramErr). `incomplete` may be null. Statuses as for DecodeImage; the target's content is
+/// undefined after a failure.
 OSStatus DecodeJpegInto(std::span<const UInt8> bytes, Turn turn, const PixelBlock& target,
                         bool* incomplete);
 

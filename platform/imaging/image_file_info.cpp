@@ -29,7 +29,8 @@ class HeaderFile {
   bool Read(UInt64 offset, std::span<UInt8> bytes) {
     if (offset > size_ || bytes.size() > size_ - offset) return false;
     while (!bytes.empty()) {
-      const ssize_t count = pread(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+      const ssize_t count =
+          pread(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
       if (count < 0 && errno == EINTR) continue;
       if (count < 0) status_ = files::StatusOfErrno(errno);
       if (count <= 0) return false;

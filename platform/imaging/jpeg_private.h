@@ -11,8 +11,8 @@
 
 namespace quillmere::imaging {
 
-/// libjpeg reports an error by a jump out of the failing call. The jump must not pass over objects with
-/// destructors, so every call of libjpeg goes through Try, with nothing else in the callable.
+/// libjpeg reports an error by a jump out of the failing call. The jump must not pass over objects
+/// with destructors, so every call of libjpeg goes through Try, with nothing else in the callable.
 struct JpegErrors {
   jpeg_error_mgr manager{};  // first: libjpeg hands its address back
   std::jmp_buf jump{};

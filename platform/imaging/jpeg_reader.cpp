@@ -107,8 +107,8 @@ class JpegReader {
   }
 
   void PrepareColors() {
-    const bool inks = decompress_.jpeg_color_space == JCS_CMYK ||
-                      decompress_.jpeg_color_space == JCS_YCCK;
+    const bool inks =
+        decompress_.jpeg_color_space == JCS_CMYK || decompress_.jpeg_color_space == JCS_YCCK;
     const bool grey = decompress_.jpeg_color_space == JCS_GRAYSCALE;
     cmyk_ = inks;
     decompress_.out_color_space = inks ? JCS_CMYK : JCS_EXT_ARGB;
@@ -129,7 +129,8 @@ class JpegReader {
   bool ReadRows(UInt8* row, std::size_t row_bytes, UInt32 count) {
     std::array<JSAMPROW, kStripRows> rows;
     count = std::min(count, kStripRows);
-    for (UInt32 i = 0; i < count; ++i) rows[i] = row + i * row_bytes;
+    for (UInt32 i = 0; i < count; ++i)
+      rows[i] = row + i * row_bytes;
     UInt32 done = 0;
     while (done < count) {
       JDIMENSION read = 0;
@@ -138,7 +139,8 @@ class JpegReader {
       if (!good || read == 0) return false;
       done += read;
     }
-    for (UInt32 i = 0; i < count; ++i) Colorize(row + i * row_bytes);
+    for (UInt32 i = 0; i < count; ++i)
+      Colorize(row + i * row_bytes);
     return true;
   }
 
@@ -150,8 +152,8 @@ class JpegReader {
     }
   }
 
-  /// Files with an Adobe marker hold 255 for no ink. Without a profile an ink takes away its share of what
-  /// the black leaves: red = (255 - cyan) x (255 - black) / 255, rounded.
+  /// Files with an Adobe marker hold 255 for no ink. Without a profile an ink takes away its share
+  /// of what the black leaves: red = (255 - cyan) x (255 - black) / 255, rounded.
   void InksToArgb(UInt8* row) const {
     const std::size_t count = std::size_t{width()} * 4;
     const bool inverted = decompress_.saw_Adobe_marker;

@@ -5,14 +5,15 @@
 
 namespace quillmere::imaging {
 
-// An upright pixel's place is linear in the encoded one's: a start and a step in bytes for each encoded column
-// and row say it all.
+// An upright pixel's place is linear in the encoded one's: a start and a step in bytes for each
+// encoded column and row say it all.
 void PlaceRows(const PixelBlock& rows, UInt32 first_row, UInt8 orientation,
                const PixelBlock& target) {
   const bool swap = SwapsSides(orientation);
-  // Where encoded row 0 and column 0 stand: 2, 3: right; 3, 4: bottom; 6, 7: row 0 at the right; 7, 8: column 0 at
-  // the bottom.
-  const bool from_right = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
+  // Where encoded row 0 and column 0 stand: 2, 3: right; 3, 4: bottom; 6, 7: row 0 at the right; 7,
+  // 8: column 0 at the bottom.
+  const bool from_right =
+      orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
   const bool from_bottom =
       orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
   const auto stride = static_cast<std::ptrdiff_t>(target.row_bytes);
@@ -30,11 +31,13 @@ void PlaceRows(const PixelBlock& rows, UInt32 first_row, UInt8 orientation,
   };
   if (swap) {  // the inner loop goes along a row of the target
     for (UInt32 x = 0; x < rows.width; ++x) {
-      for (UInt32 y = 0; y < rows.height; ++y) copy(x, y);
+      for (UInt32 y = 0; y < rows.height; ++y)
+        copy(x, y);
     }
   } else {
     for (UInt32 y = 0; y < rows.height; ++y) {
-      for (UInt32 x = 0; x < rows.width; ++x) copy(x, y);
+      for (UInt32 x = 0; x < rows.width; ++x)
+        copy(x, y);
     }
   }
 }

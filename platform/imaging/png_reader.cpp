@@ -21,8 +21,8 @@ constexpr png_uint_32 kMostKeptChunks = 16;
 /// The most that the compression of PNG can shrink data.
 constexpr UInt64 kMostBytesPerByte = 1100;
 
-/// One PNG in memory, being decoded. libpng reports an error by a jump out of the failing call, so every
-/// call that can fail goes through Try, with nothing else in the callable.
+/// One PNG in memory, being decoded. libpng reports an error by a jump out of the failing call, so
+/// every call that can fail goes through Try, with nothing else in the callable.
 class PngReader {
  public:
   explicit PngReader(std::span<const UInt8> bytes) : bytes_(bytes) {}
@@ -31,7 +31,8 @@ class PngReader {
   ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
 
   OSStatus ReadHeader() {
-    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, Fail, [](png_structp, png_const_charp) {});
+    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, Fail,
+                                  [](png_structp, png_const_charp) {});
     if (png_) info_ = png_create_info_struct(png_);
     if (!info_) return memFullErr;
     const bool read = Try([&] {
@@ -55,8 +56,8 @@ class PngReader {
 
   OSStatus Decode(DecodedImage* image) {
     const UInt8 color_type = png_get_color_type(png_, info_);
-    const bool alpha = (color_type & PNG_COLOR_MASK_ALPHA) != 0 ||
-                       png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
+    const bool alpha =
+        (color_type & PNG_COLOR_MASK_ALPHA) != 0 || png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
     const bool deep = png_get_bit_depth(png_, info_) == 16;
     const ColorModel model =
         (color_type & PNG_COLOR_MASK_COLOR) != 0 ? ColorModel::kRgb : ColorModel::kGrey;
@@ -67,7 +68,8 @@ class PngReader {
         convert_deep ? DecodeDeep(*conversion, image->block) : ReadRows(image->block);
     if (status != noErr) return status;
     if (conversion && !convert_deep) {
-      for (UInt32 y = 0; y < height(); ++y) conversion->ConvertArgb(image->block.Row(y), width());
+      for (UInt32 y = 0; y < height(); ++y)
+        conversion->ConvertArgb(image->block.Row(y), width());
     }
     image->opaque = !alpha || AllOpaque(image->block);
     return noErr;
@@ -122,7 +124,8 @@ class PngReader {
   OSStatus ReadRows(const PixelBlock& target) {
     if (png_get_rowbytes(png_, info_) > target.row_bytes) return kImageInvalidData;
     std::vector<png_bytep> rows(target.height);
-    for (UInt32 y = 0; y < target.height; ++y) rows[y] = target.Row(y);
+    for (UInt32 y = 0; y < target.height; ++y)
+      rows[y] = target.Row(y);
     png_bytepp const row_pointers = rows.data();
     const bool read = Try([&] {
       png_read_image(png_, row_pointers);
@@ -178,7 +181,8 @@ class PngReader {
     for (UInt32 y = 0; y < block.height; ++y) {
       const UInt8* const row = block.Row(y);
       UInt8 all = 255;
-      for (std::size_t x = 0; x < block.width; ++x) all &= row[x * 4];
+      for (std::size_t x = 0; x < block.width; ++x)
+        all &= row[x * 4];
       if (all != 255) return false;
     }
     return true;

@@ -1,8 +1,8 @@
 /// The PNG side of image_decoder.h.
 ///
-/// Colours: an iCCP profile of the picture's own model counts first, then sRGB, then gAMA with cHRM;
-/// a picture that says nothing is sRGB. gAMA within 5 per cent of 1/2.2 with the primaries of sRGB
-/// is the common way of writing sRGB and taken as that.
+/// Colours: an iCCP profile of the picture's own model counts first, then sRGB, then gAMA with
+/// cHRM; a picture that says nothing is sRGB. gAMA within 5 per cent of 1/2.2 with the primaries of
+/// sRGB is the common way of writing sRGB and taken as that.
 #pragma once
 
 #include <span>
