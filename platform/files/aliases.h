@@ -1,9 +1,9 @@
 /// Aliases: handles that remember a file or folder and find it again.
 ///
-/// The handle holds a record of the classic alias format, version 2: a fixed part with volume, parent
-/// and file names, then tagged items, among them the Unicode name (14), the volume's (15), and the
-/// POSIX path relative to the volume (18) with the volume's mount point (19). All numbers are
-/// big-endian. Records of other systems are read the same way.
+/// The handle holds a record of the classic alias format, version 2: a fixed part with volume,
+/// parent and file names, then tagged items, among them the Unicode name (14), the volume's (15),
+/// and the POSIX path relative to the volume (18) with the volume's mount point (19). All numbers
+/// are big-endian. Records of other systems are read the same way.
 #pragma once
 
 #include <filesystem>
@@ -27,9 +27,10 @@ namespace quillmere::files {
 
 /// What an alias record says of its target, each part empty if the record does not hold it.
 struct AliasContent {
-  std::filesystem::path absolute_path;   ///< mount point and POSIX path
-  std::filesystem::path relative_path;   ///< relative to the file that holds the alias, from the classic parts
-  std::string file_name;                 ///< UTF-8
+  std::filesystem::path absolute_path;  ///< mount point and POSIX path
+  std::filesystem::path
+      relative_path;      ///< relative to the file that holds the alias, from the classic parts
+  std::string file_name;  ///< UTF-8
 };
 /// Reads an alias record from bytes that nobody vouches for; false if it is damaged.
 bool ReadAlias(std::span<const UInt8> record, AliasContent* content);

@@ -2,8 +2,8 @@
 ///
 /// Device, inode and birth time decide which object is meant; a process-wide table remembers where
 /// it was last seen. A reference follows renames and moves made through this layer, stops being
-/// valid when its object has gone, and never means another object that took its name. All zero means
-/// none. References may be copied freely. All calls may be made from any thread.
+/// valid when its object has gone, and never means another object that took its name. All zero
+/// means none. References may be copied freely. All calls may be made from any thread.
 #pragma once
 
 #include <filesystem>
