@@ -6,6 +6,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 
 #include "base_types.h"
 #include "frame_memory.h"
@@ -35,8 +36,9 @@ struct PixelBlock {
 struct DecodedImage {
   FrameMemory memory;
   PixelBlock block;
-  bool opaque = true;       ///< no pixel's alpha is below 255
-  bool incomplete = false;  ///< the file was damaged or cut; the picture is what there was
+  bool opaque = true;  ///< no pixel's alpha is below 255
+  std::string
+      warning;  ///< not empty: the file was damaged or cut, and the picture is what there was
 
   /// Bytes that its pixels take.
   std::size_t ByteCount() const { return block.row_bytes * block.height; }
@@ -58,7 +60,7 @@ enum class Turn { kUpright, kAsEncoded };
 OSStatus ReadImageShape(std::span<const UInt8> bytes, Turn turn, ImageShape* shape);
 
 /// Decodes into new memory. A JPEG that ends early or has damaged data gives what could be decoded,
-/// with `incomplete` set; one of which nothing can be decoded, and a PNG that is not whole, gives
+/// with `warning` set; one of which nothing can be decoded, and a PNG that is not whole, gives
 /// kImageUnexpectedEnd or kImageInvalidData; memFullErr when there is no memory.
 OSStatus DecodeImage(std::span<const UInt8> bytes, Turn turn, DecodedImage* image);
 
@@ -66,7 +68,7 @@ OSStatus DecodeImage(std::span<const UInt8> bytes, Turn turn, DecodedImage* imag
 /// paramErr). `incomplete` may be null. Statuses as for DecodeImage; the target's content is
 /// undefined after a failure.
 OSStatus DecodeJpegInto(std::span<const UInt8> bytes, Turn turn, const PixelBlock& target,
-                        bool* incomplete);
+                        std::string* warning);
 
 /// Makes memory for a picture of that size, rows aligned to 64 bytes; memFullErr if there is none.
 OSStatus AllocateImage(UInt32 width, UInt32 height, DecodedImage* image);

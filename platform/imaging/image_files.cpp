@@ -67,7 +67,7 @@ CGImageSourceRef CGImageSourceCreateWithURL(CFURLRef url, CFDictionaryRef) {
   auto source = std::make_unique<CGImageSource>();
   source->status = status;
   if (status == noErr) {
-    if (decoded->incomplete) source->status = kImageUnexpectedEnd;
+    if (!decoded->warning.empty()) source->status = kImageUnexpectedEnd;
     source->decoded = std::move(decoded);
   }
   return source.release();

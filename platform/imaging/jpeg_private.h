@@ -16,6 +16,7 @@ namespace quillmere::imaging {
 struct JpegErrors {
   jpeg_error_mgr manager{};  // first: libjpeg hands its address back
   std::jmp_buf jump{};
+  char first_warning[JMSG_LENGTH_MAX] = {};
 
   JpegErrors() {
     jpeg_std_error(&manager);
@@ -25,7 +26,11 @@ struct JpegErrors {
     manager.output_message = [](j_common_ptr) {};
     // Level -1 is a warning: the data is damaged and libjpeg goes on.
     manager.emit_message = [](j_common_ptr common, int level) {
-      if (level < 0) ++common->err->num_warnings;
+      if (level >= 0) return;
+      if (common->err->num_warnings++ == 0) {
+        common->err->format_message(common,
+                                    reinterpret_cast<JpegErrors*>(common->err)->first_warning);
+      }
     };
   }
 

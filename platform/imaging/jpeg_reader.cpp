@@ -73,8 +73,8 @@ class JpegReader {
   }
   UInt32 width() const { return decompress_.image_width; }
   UInt32 height() const { return decompress_.image_height; }
-  /// True once libjpeg has found something wrong with the data.
-  bool damaged() const { return errors_.manager.num_warnings > 0; }
+  /// What libjpeg first found wrong with the data; empty for nothing.
+  const char* warning() const { return errors_.first_warning; }
 
   OSStatus Decode(UInt8 orientation, const PixelBlock& target) {
     // A file that ends before its first scan has nothing to show.
@@ -227,12 +227,12 @@ OSStatus DecodeJpeg(std::span<const UInt8> bytes, Turn turn, DecodedImage* image
   if (status == noErr) status = AllocateImage(shape.width, shape.height, image);
   if (status == noErr) status = reader.Decode(shape.orientation, image->block);
   image->opaque = true;
-  image->incomplete = reader.damaged();
+  image->warning = reader.warning();
   return status;
 }
 
 OSStatus DecodeJpegInto(std::span<const UInt8> bytes, Turn turn, const PixelBlock& target,
-                        bool* incomplete) {
+                        std::string* warning) {
   JpegReader reader(bytes);
   ImageShape shape;
   OSStatus status = OpenJpeg(reader, turn, &shape);
@@ -240,7 +240,7 @@ OSStatus DecodeJpegInto(std::span<const UInt8> bytes, Turn turn, const PixelBloc
     status = paramErr;
   }
   if (status == noErr) status = reader.Decode(shape.orientation, target);
-  if (incomplete) *incomplete = reader.damaged();
+  if (warning) *warning = reader.warning();
   return status;
 }
 

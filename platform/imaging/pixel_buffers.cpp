@@ -11,6 +11,7 @@ const CFStringRef kCVPixelBufferWidthKey = CFSTR("Width");
 const CFStringRef kCVPixelBufferHeightKey = CFSTR("Height");
 const CFStringRef kCVPixelBufferBytesPerRowAlignmentKey = CFSTR("BytesPerRowAlignment");
 const CFStringRef kCVPixelBufferOpenGLCompatibilityKey = CFSTR("OpenGLCompatibility");
+const CFStringRef kCVBufferDecodingMessageKey = CFSTR("DecodingMessage");
 
 struct CVPixelBuffer final : CFObject {
   quillmere::imaging::FrameMemory memory;

@@ -46,5 +46,7 @@ OSType CVPixelBufferGetPixelFormatType(CVPixelBufferRef buffer);
 /// as numbers under kCGImagePropertyDPIWidth and kCGImagePropertyDPIHeight (images.h), and neither
 /// when the source does not say. The buffer keeps a reference of its own; the value got is lent,
 /// null for none.
+extern const CFStringRef
+    kCVBufferDecodingMessageKey;  // a string: what was wrong with a cut or damaged picture
 void CVBufferSetAttachment(CVPixelBufferRef buffer, CFStringRef key, CFTypeRef value);
 CFTypeRef CVBufferGetAttachment(CVPixelBufferRef buffer, CFStringRef key);
