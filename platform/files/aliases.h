@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <span>
+#include <string>
 
 #include "base_types.h"
 #include "file_references.h"
@@ -25,14 +26,20 @@ OSErr FSResolveAlias(const FSRef* from, AliasHandle alias, FSRef* target, Boolea
 
 namespace quillmere::files {
 
-/// What an alias record says of its target, each part empty if the record does not hold it.
+/// What an alias record says of its target, each part empty if the record does not hold it. Text is
+/// UTF-8.
 struct AliasContent {
   std::filesystem::path absolute_path;  ///< mount point and POSIX path
   std::filesystem::path
-      relative_path;      ///< relative to the file that holds the alias, from the classic parts
-  std::string file_name;  ///< UTF-8
+      relative_path;  ///< from the folder of the file that holds the alias to the target
+  std::string file_name;
 };
 /// Reads an alias record from bytes that nobody vouches for; false if it is damaged.
 bool ReadAlias(std::span<const UInt8> record, AliasContent* content);
+/// Makes an alias of a file that need not exist; its folder has to. The caller owns the handle.
+OSErr MakeAliasOfPath(const std::filesystem::path& path, AliasHandle* alias);
+/// The path that an alias leads to, whether there is something or not; fnfErr if the record tells
+/// none.
+OSErr PathOfAlias(AliasHandle alias, std::filesystem::path* path);
 
 }  // namespace quillmere::files
