@@ -25,19 +25,6 @@ UInt64 SumOfU32(const UInt8* entries, UInt64 count) {
   return sum;
 }
 
-UInt64 EntryOfBits(const UInt8* entries, UInt32 bits, UInt64 index) {
-  switch (bits) {
-    case 4:
-      return (entries[index / 2] >> (index % 2 == 0 ? 4 : 0)) & 0xF;
-    case 8:
-      return entries[index];
-    case 16:
-      return ReadU16(entries + 2 * index);
-    default:
-      return ReadU32(entries + 4 * index);
-  }
-}
-
 /// Packets that hold so many frames; the last one may be filled in part, but is whole in the file.
 UInt64 PacketsFor(UInt64 frames, UInt32 frames_per_packet) {
   return frames / frames_per_packet + (frames % frames_per_packet != 0 ? 1 : 0);
@@ -48,6 +35,19 @@ bool IsChunkOffsetTable(const Atom& atom) {
 }
 
 }  // namespace
+
+UInt32 SizeTableEntry(const UInt8* entries, UInt32 bits, UInt64 index) {
+  switch (bits) {
+    case 4:
+      return (entries[index / 2] >> (index % 2 == 0 ? 4 : 0)) & 0xFU;
+    case 8:
+      return entries[index];
+    case 16:
+      return ReadU16(entries + 2 * index);
+    default:
+      return ReadU32(entries + 4 * index);
+  }
+}
 
 /// Reads one `stbl`, step by step; the first step that fails gives the status.
 class SampleTableReader {
@@ -333,7 +333,7 @@ bool SampleTable::ChunkAt(UInt64 chunk, ChunkInfo* info) const {
 
 UInt64 SampleTable::SizeOf(UInt64 sample) const {
   if (constant_size_ != 0) return constant_size_;
-  return EntryOfBits(sizes_.entries, size_bits_, sample);
+  return SizeTableEntry(sizes_.entries, size_bits_, sample);
 }
 
 UInt64 SampleTable::SumOfSizes(UInt64 first, UInt64 count) const {
@@ -341,7 +341,7 @@ UInt64 SampleTable::SumOfSizes(UInt64 first, UInt64 count) const {
   if (size_bits_ == 32) return SumOfU32(sizes_.entries + 4 * first, count);
   UInt64 sum = 0;
   for (UInt64 i = first; i < first + count; ++i)
-    sum += EntryOfBits(sizes_.entries, size_bits_, i);
+    sum += SizeTableEntry(sizes_.entries, size_bits_, i);
   return sum;
 }
 

@@ -167,6 +167,9 @@ OSStatus CheckChunkBounds(const SampleTable& table, UInt16 data_reference, UInt6
 /// among its siblings. paramErr unless there are as many offsets as chunks.
 OSStatus ReplaceChunkOffsets(Atom* stbl, std::span<const UInt64> offsets, bool force_wide = false);
 
+/// One entry of a size table whose entries have 4, 8, 16 (`stz2`) or 32 bits.
+UInt32 SizeTableEntry(const UInt8* entries, UInt32 bits, UInt64 index);
+
 /// What a sound description says of packets: bytes and frames of one packet; 0 and 0 if its packets
 /// vary or it does not say. `entry` is an `stsd` child of a sound media.
 DescriptionInfo ReadSoundPackets(const Atom& entry);
