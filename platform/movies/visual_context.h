@@ -23,14 +23,18 @@ extern const CFStringRef kQTVisualContextPixelBufferAttributesKey;
 extern const CFStringRef kQTVisualContextOutputColorSpaceKey;
 
 /// A context that delivers pixel buffers with the attributes in `attributes` under
-/// kQTVisualContextPixelBufferAttributesKey. The caller owns it.
+/// kQTVisualContextPixelBufferAttributesKey: 32-bit ARGB, opaque, in sRGB, which is what every
+/// output colour space here is. The caller owns it.
 OSStatus QTPixelBufferContextCreate(CFAllocatorRef allocator, CFDictionaryRef attributes,
                                     QTVisualContextRef* context);
 OSStatus QTVisualContextSetAttribute(QTVisualContextRef context, CFStringRef key, CFTypeRef value);
 OSStatus QTVisualContextSetImageAvailableCallback(QTVisualContextRef context,
                                                   QTVisualContextImageAvailableCallback callback,
                                                   void* user_data);
-/// The newest image; the caller owns it. Null with status 0 when there is none yet.
+/// The newest image; the caller owns it. Null with status 0 when there is none yet. When the newest
+/// frame could not be rendered it is null with the status of that: no decoder for a sample's format
+/// (-8961, any format but PNG and JPEG), damaged data (-4), data that ends before a picture could
+/// be decoded (-5), or a status of reading and of the movie.
 OSStatus QTVisualContextCopyImageForTime(QTVisualContextRef context, CFAllocatorRef allocator,
                                          const CVTimeStamp* time, CVPixelBufferRef* image);
 void QTVisualContextRelease(QTVisualContextRef context);
@@ -39,5 +43,8 @@ void QTVisualContextRelease(QTVisualContextRef context);
 OSStatus GetMovieVisualContext(Movie movie, QTVisualContextRef* context);
 OSStatus SetMovieVisualContext(Movie movie, QTVisualContextRef context);
 /// Serves the movie: an active movie with a context whose frame for the present time has not been
-/// delivered renders it now. `milliseconds` is a limit on the work, 0 for none.
+/// delivered renders it now and calls the context's callback before it returns. The callback comes
+/// for a frame that could not be rendered too, so that QTVisualContextCopyImageForTime can tell
+/// why; the status is in GetMoviesError as well. `milliseconds` is a limit on the work, 0 for none;
+/// one frame is not split. An image carries the attachments that pixel_buffers.h tells of.
 void MoviesTask(Movie movie, SInt32 milliseconds);
