@@ -1,0 +1,59 @@
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QGuiApplication>
+
+#include "automation.h"
+#include "windows_private.h"
+
+namespace quillmere::windows {
+
+namespace {
+
+// Qt keeps references to these for as long as the application object lives.
+int argument_count = 1;
+char program_name[] = "quillmere";
+char* arguments[] = {program_name, nullptr};
+
+}  // namespace
+
+QApplication& Application() {
+  // Never destroyed: Qt's own statics may go before ours, and windows may live until the process ends.
+  static QApplication* application = [] {
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillmere"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("quillmere"));
+    auto made = std::make_unique<QApplication>(argument_count, arguments);
+    made->setQuitOnLastWindowClosed(false);
+    return made.release();
+  }();
+  return *application;
+}
+
+bool RunsWithoutDisplay() {
+  return QGuiApplication::platformName() == QLatin1String("offscreen") ||
+         QGuiApplication::platformName() == QLatin1String("minimal");
+}
+
+void UseNoDisplay() {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+QString ToQString(CFStringRef string) {
+  const std::u16string_view units = UnitsOf(string);
+  return QString::fromUtf16(units.data(), static_cast<qsizetype>(units.size()));
+}
+
+CFStringRef CreateFromQString(const QString& string) {
+  return CFStringCreateWithCharacters(kCFAllocatorDefault,
+                                      reinterpret_cast<const UniChar*>(string.utf16()),
+                                      static_cast<CFIndex>(string.size()));
+}
+
+OSType CodeOfText(const QString& text) {
+  const QByteArray bytes = text.toLatin1();
+  if (bytes.size() != 4) return 0;
+  OSType code = 0;
+  for (const char c : bytes) code = (code << 8) | static_cast<UInt8>(c);
+  return code;
+}
+
+}  // namespace quillmere::windows
