@@ -1,52 +1,45 @@
-/// The contents of one folder as lists, arrays and counts, and finding files in it.
+/// What a folder holds: as a linked list, as an array, or as a count; and names of file objects.
 ///
-/// Walks go one level deep, by name in Unicode code point order. Folders can change during a walk;
-/// an object that goes away meanwhile is left out. Statuses are those of the files family.
+/// All walks are of one level, in the order of the names by code points. A walk's failure ends the
+/// function with its status.
 #pragma once
 
 #include "base_types.h"
 #include "cf_strings.h"
 #include "file_references.h"
 
-/// An element of a list of files and folders.
-struct GL_FileObjLE {
-  GL_FileObjLE* next;
+/// A list element of a file object; lists belong to the caller, who disposes of them with
+/// LL_DisposeLinkedList.
+struct GL_FileObjectElement {
+  GL_FileObjectElement* next;
   FSRef fileRef;
 };
 
-/// Appends one element for every object of the folder, files and folders alike, to `*list`. The
-/// caller frees the list with LL_DisposeLinkedList. On a failure the list keeps what it has.
-SInt32 GL_MakeFolderFileObjList(const FSRef* folder, GL_FileObjLE** list);
-/// Copies the references of the objects whose names end in `suffix` to `array`, which has room for
-/// `capacity` of them; further ones are left out. The test is case-sensitive and on the name's last
-/// characters alone: "jpg" takes "x.jpg" and "xjpg", and folders too.
+/// Appends one element for every object of the folder, files and sub-folders alike, to `*list`.
+SInt32 GL_MakeFolderFileObjList(const FSRef* folder, GL_FileObjectElement** list);
+
+/// Copies the references of objects whose name ends in `suffix` to `array`, at most `capacity` of
+/// them. The test is case-sensitive and on the name's last characters only, without regard to a
+/// full stop.
 SInt32 GL_ListFilesWithExtension(const FSRef* folder, CFStringRef suffix, FSRef* array,
                                  SInt32 capacity);
-/// Counts the objects that GL_ListFilesWithExtension takes.
+/// Counts by the same test; `*count` is first set to 0.
 SInt32 GL_CountFilesWithExtension(const FSRef* folder, CFStringRef suffix, SInt32* count);
-/// The object's name; the caller owns the string. Null on failure.
-SInt32 GL_CopyFileDirNameAsCFString(const FSRef* file, CFStringRef* string);
-SInt32 GL_CopyFileDirNameAsCFMutStr(const FSRef* file, CFMutableStringRef* string);
 
-/// The first element that names the same object; null if none does.
-GL_FileObjLE* GL_FindFileInList(const FSRef* file, GL_FileObjLE* list);
-/// 1 if two GL_FileObjLE are valid and name the same object; an equality test for lists.
-Boolean GL_EqualFileRefLEPtrs(const void* a, const void* b);
-/// 1 if both references name the same object.
+/// The object's name, as a new string that the caller owns.
+SInt32 GL_CopyFileDirNameAsCFString(const FSRef* file, CFStringRef* name);
+SInt32 GL_CopyFileDirNameAsCFMutStr(const FSRef* file, CFMutableStringRef* name);
+
+/// 1 if both name the same object.
 Boolean GL_EqualFileObjects(const FSRef* a, const FSRef* b);
+/// 1 if both elements hold valid references that compare equal; a test for the list operations.
+Boolean GL_EqualFileRefLEPtrs(const void* a, const void* b);
+/// The first element whose reference compares equal, or null.
+GL_FileObjectElement* GL_FindFileInList(const FSRef* file, GL_FileObjectElement* list);
 
-/// Looks for a name in the folder, ignoring case. `reference` may be null.
+/// Looks for a name, without regard to case, in a folder: `*found` tells, `reference` (may be null)
+/// takes the object.
 SInt32 GL_IsFileInFolder(const FSRef* folder, const HFSUniStr255* name, FSRef* reference,
                          Boolean* found);
-/// 1 if the folder has an object of exactly that name.
+/// 1 if the folder holds an object of exactly that name.
 Boolean GL_IsFileNameInFolder(const FSRef* folder, const HFSUniStr255* name);
-/// Finds a folder in `folder`, making it if `create` is set and nothing has that name; `created`
-/// tells (may be null). fnfErr when it is not there or the name is a file's.
-SInt32 GL_FindFolderInFolderUni(const FSRef* folder, const HFSUniStr255* name, FSRef* reference,
-                                Boolean create, Boolean* created);
-SInt32 GL_FindFolderInFolder(const FSRef* folder, CFStringRef name, FSRef* reference,
-                             Boolean create, Boolean* created);
-/// Copies to `array`, up to `capacity`, the other objects of the file's folder whose names equal
-/// its name, ignoring case and extensions of up to 8 characters.
-SInt32 GL_FindFilesWithSameNameInSameFolder(const FSRef* file, FSRef* array, SInt32 capacity,
-                                            SInt32* count);
