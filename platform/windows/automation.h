@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base_types.h"
+#include "carbon_events.h"
 
 namespace quillmere::windows {
 
@@ -23,6 +24,9 @@ void QueuePickerCancel();
 std::size_t QueuedPickerAnswers();
 /// The message of the picker that ran last, in UTF-8.
 std::string LastPickerMessage();
+
+/// The window that commands go to: the active one, or else one that is shown; null if there is none.
+WindowRef FrontWindow();
 
 /// How often the system alert has been asked for, heard or not.
 UInt64 AlertCount();

@@ -316,7 +316,7 @@ QImage PaintedBackground(ViewRecord* control, QSize size) {
       8, static_cast<std::size_t>(pixels.bytesPerLine()), space, kCGImageAlphaPremultipliedFirst));
   CGColorSpaceRelease(space);
   EventRef event = nullptr;
-  if (context.get() == nullptr ||
+  if (!context ||
       CreateEvent(nullptr, kEventClassControl, kEventControlDraw, 0, 0, &event) != noErr) {
     return {};
   }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "automation.h"
 #include "carbon_events.h"
 #include "cf_strings.h"
 #include "views.h"
@@ -59,8 +60,7 @@ bool RunsWithoutDisplay();
 
 /// Takes a built window into the register: finds its controls and connects what the user can do to them.
 WindowRef RegisterWindow(std::unique_ptr<QWidget> widget);
-/// The window that commands go to: the active one, or else one that is shown; null if there is none.
-WindowRef FrontWindow();
+/// Closes every window.
 void DisposeAllWindows();
 
 /// Connects a control's widget to hit and draw events.
