@@ -1,0 +1,92 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+
+#include "base_types.h"
+#include "fixed_point.h"
+#include "memory_handles.h"
+#include "reference_counted.h"
+
+namespace {
+
+TEST(FourCharCode, IsBigEndian) {
+  EXPECT_EQ("moov"_4cc, 0x6D6F6F76U);
+  EXPECT_EQ("\xA9nam"_4cc, 0xA96E616DU);
+}
+
+TEST(Fixed, ClampsAndRounds) {
+  EXPECT_EQ(Long2Fix(-1), -65536);
+  EXPECT_EQ(Long2Fix(32768), std::numeric_limits<Fixed>::max());
+  EXPECT_EQ(Long2Fix(-32769), std::numeric_limits<Fixed>::min());
+  EXPECT_EQ(Fix2X(0x18000), 1.5);
+  EXPECT_EQ(X2Fix(1.0 / 3), 21845);
+  EXPECT_EQ(X2Fix(-0.5 / 65536), -1);
+  EXPECT_EQ(X2Fix(1e9), std::numeric_limits<Fixed>::max());
+  EXPECT_EQ(X2Fix(-1e9), std::numeric_limits<Fixed>::min());
+  EXPECT_EQ(X2Fix(std::numeric_limits<double>::quiet_NaN()), 0);
+}
+
+TEST(Handles, KeepTheirContentWhenTheyGrowAndShrink) {
+  Handle handle = nullptr;
+  ASSERT_EQ(PtrToHand("hello", &handle, 5), noErr);
+  SetHandleSize(handle, 1 << 20);
+  ASSERT_EQ(MemError(), noErr);
+  EXPECT_EQ(GetHandleSize(handle), 1 << 20);
+  EXPECT_EQ(std::memcmp(*handle, "hello", 5), 0);
+  SetHandleSize(handle, 4);
+  ASSERT_EQ(HandAndHand(handle, handle), noErr);
+  EXPECT_EQ(std::memcmp(*handle, "hellhell", 8), 0);
+  ASSERT_EQ(PtrAndHand("!", handle, 1), noErr);
+  Handle copy = handle;
+  ASSERT_EQ(HandToHand(&copy), noErr);
+  EXPECT_NE(copy, handle);
+  EXPECT_EQ(GetHandleSize(copy), 9);
+  DisposeHandle(copy);
+  DisposeHandle(handle);
+}
+
+TEST(Handles, ReportWhatIsWrong) {
+  EXPECT_EQ(NewHandle(-1), nullptr);
+  EXPECT_EQ(MemError(), paramErr);
+  EXPECT_EQ(NewHandle(std::numeric_limits<Size>::max()), nullptr);
+  EXPECT_EQ(MemError(), memFullErr);
+  EXPECT_EQ(GetHandleSize(nullptr), 0);
+  EXPECT_EQ(MemError(), nilHandleErr);
+  EXPECT_EQ(HandAndHand(nullptr, nullptr), nilHandleErr);
+
+  Handle handle = NewHandleClear(4);
+  SetHandleSize(handle, std::numeric_limits<Size>::max());
+  EXPECT_EQ(MemError(), memFullErr);
+  EXPECT_EQ(GetHandleSize(handle), 4);
+  EXPECT_EQ(PtrAndHand("x", handle, std::numeric_limits<Size>::max()), memFullErr);
+  HLock(handle);
+  HSetState(handle, static_cast<SInt8>(HGetState(handle) | kHandleResourceMask));
+  HUnlock(handle);
+  EXPECT_EQ(HGetState(handle), kHandleResourceMask);
+  DisposeHandle(handle);
+}
+
+struct Counted final : CFObject {
+  explicit Counted(int* gone) : gone_(gone) {}
+  ~Counted() override { ++*gone_; }
+  int* gone_;
+};
+
+TEST(ReferenceCounting, TheLastReleaseDestroys) {
+  int gone = 0;
+  const auto* object = new Counted(&gone);
+  CFRetain(object);
+  CFRelease(object);
+  EXPECT_EQ(gone, 0);
+  {
+    quillmere::Owned<const Counted*> owner(object);
+    quillmere::Owned<const Counted*> next(std::move(owner));
+    EXPECT_FALSE(owner);  // NOLINT(bugprone-use-after-move): a moved-from owner is empty
+    EXPECT_EQ(CFGetRetainCount(next.get()), 1);
+  }
+  EXPECT_EQ(gone, 1);
+  CFRelease(nullptr);
+}
+
+}  // namespace

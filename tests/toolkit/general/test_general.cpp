@@ -1,0 +1,211 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "GL_File.h"
+#include "GL_Memory.h"
+#include "GL_QuickDraw.h"
+#include "GL_Strings_Unicode.h"
+#include "LL_Linked_Lists.h"
+#include "MF_FileObjects.h"
+#include "test_files.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using quillmere::Owned;
+using quillmere::test::TemporaryFolder;
+using quillmere::test::WriteFile;
+
+FSRef Reference(const fs::path& path) {
+  FSRef reference{};
+  EXPECT_EQ(quillmere::files::ReferenceOf(path, &reference), noErr) << path;
+  return reference;
+}
+
+TEST(Memory, BlocksGrowZeroedAndNeverShrink) {
+  void* block = nullptr;
+  ASSERT_EQ(GL_SetPtrSizeClear(0, 8, &block), noErr);
+  void* same = block;
+  EXPECT_EQ(GL_SetPtrSizeClear(8, 8, &block), noErr);
+  EXPECT_EQ(GL_SetPtrSizeClear(8, 4, &block), noErr);
+  EXPECT_EQ(block, same);
+  GL_SetBytes(block, 8, 0xAA);
+  ASSERT_EQ(GL_SetPtrSizeClear(8, 4096, &block), noErr);
+  const auto* bytes = static_cast<const UInt8*>(block);
+  EXPECT_EQ(bytes[7], 0xAA);
+  for (int i = 8; i < 4096; ++i)
+    ASSERT_EQ(bytes[i], 0);
+  void* source = nullptr;
+  GL_NewPtrClear(4, &source);
+  EXPECT_EQ(GL_PtrAndPtr(&source, 4, &block, 4096, 4096, 1), noErr);
+  EXPECT_EQ(source, nullptr);
+  GL_DisposePtr(&block);
+  GL_DisposePtr(&block);
+  EXPECT_EQ(block, nullptr);
+}
+
+TEST(Memory, ScratchIsAStackThatFallsBackToTheHeap) {
+  alignas(16) UInt8 memory[64];
+  GL_ScratchArea scratch = {memory, sizeof(memory), 0, 0};
+  Boolean from_heap = 1;
+  EXPECT_EQ(GL_AllocateFromScratch(&scratch, 1, &from_heap, 1), memory);
+  EXPECT_FALSE(from_heap);
+  EXPECT_EQ(scratch.used, 16);
+  // A request of exactly the free space goes to the heap.
+  void* heap = GL_AllocateFromScratch32(&scratch, 12, &from_heap, 0);
+  EXPECT_TRUE(from_heap);
+  EXPECT_EQ(scratch.error, -108);
+  GL_DeAllocateFromScratch32(&scratch, 12, from_heap, heap);
+  EXPECT_EQ(scratch.used, 16);
+  GL_DeAllocateFromScratch(&scratch, 1, 0, memory);
+  EXPECT_EQ(scratch.used, 0);
+  EXPECT_EQ(GL_AllocateFromScratch(&scratch, -1, &from_heap, 0), nullptr);
+  EXPECT_EQ(GL_AllocateFromScratch32(&scratch, 1 << 30, &from_heap, 0), nullptr);
+}
+
+struct NumberElement {
+  NumberElement* next;
+  int number;
+};
+
+std::vector<int> Numbers(const NumberElement* list) {
+  std::vector<int> numbers;
+  for (; list; list = list->next)
+    numbers.push_back(list->number);
+  return numbers;
+}
+
+NumberElement* Add(NumberElement** list, void* behind, int number) {
+  void* added = nullptr;
+  EXPECT_EQ(LL_AddNewPtr(sizeof(NumberElement), behind, quillmere::ListHead(list), &added), noErr);
+  static_cast<NumberElement*>(added)->number = number;
+  return static_cast<NumberElement*>(added);
+}
+
+TEST(Lists, KeepTheirOrder) {
+  NumberElement* list = nullptr;
+  NumberElement* two = Add(&list, nullptr, 2);
+  Add(&list, nullptr, 4);
+  Add(&list, LL_FrontPlace(), 1);
+  Add(&list, two, 3);
+  EXPECT_EQ(Numbers(list), (std::vector<int>{1, 2, 3, 4}));
+  EXPECT_EQ(LL_PtrListCount(list), 4);
+  EXPECT_EQ(LL_GetPtrIndex(list, two), 2);
+  EXPECT_EQ(LL_GetPtrByIndex(list, 0), list);
+  EXPECT_EQ(LL_GetPtrByIndex(list, 5), nullptr);
+  EXPECT_EQ(LL_GetPrevPtr(list, two), list);
+  void* gone = list;
+  LL_DeletePtr(quillmere::ListHead(&list), &gone);
+  EXPECT_EQ(gone, nullptr);
+  EXPECT_EQ(Numbers(list), (std::vector<int>{2, 3, 4}));
+  Add(&list, nullptr, 2);
+  Add(&list, nullptr, 3);
+  LL_RemoveIdenticalElements(list, nullptr, 1);
+  EXPECT_EQ(LL_PtrListCount(list), 5);
+  LL_RemoveIdenticalElements(
+      list,
+      [](const void* a, const void* b) -> Boolean {
+        return static_cast<const NumberElement*>(a)->number ==
+               static_cast<const NumberElement*>(b)->number;
+      },
+      1);
+  EXPECT_EQ(Numbers(list), (std::vector<int>{2, 3, 4}));
+  LL_DisposeLinkedList(quillmere::ListHead(&list));
+  EXPECT_EQ(list, nullptr);
+}
+
+TEST(Text, NameEndsAndExtensions) {
+  const struct {
+    const char* name;
+    SInt32 largest;
+    const char* end;
+  } cases[] = {{"clip.mov", 5, ".mov"}, {"clip.mov", 4, ".mov"}, {"clip.mov", 3, ""},
+               {"a.quicktime", 5, ""},  {"clip", 5, ""},         {"", 5, ""},
+               {"a.b.c", 5, ".c"}};
+  for (const auto& test : cases) {
+    const Owned<CFStringRef> name(GL_UTF8_CStrToCFStr(test.name));
+    SInt32 length = -1;
+    const Owned<CFStringRef> end(
+        GL_CopyCFNameEndString(name.get(), &length, test.largest, kNameEndAtFullStop));
+    EXPECT_EQ(quillmere::ToUtf8(end.get()), test.end) << test.name;
+    EXPECT_EQ(length, static_cast<SInt32>(std::string(test.end).size()));
+  }
+  EXPECT_FALSE(GL_EqualCFStr(nullptr, nullptr));
+
+  const TemporaryFolder folder;
+  for (const auto& [file, stem] :
+       {std::pair{"a.b.mov", "a.b"}, {"photojpg", "photojpg"}, {".mov", ".mov"}}) {
+    WriteFile(folder / file, "x");
+    const FSRef reference = Reference(folder / file);
+    Owned<CFMutableStringRef> name;
+    ASSERT_EQ(GL_CopyFileDirNameAsCFMutStr(&reference, name.out()), noErr);
+    EXPECT_EQ(GL_RemoveFileNameExtension(&reference, name.get()), noErr);
+    EXPECT_EQ(quillmere::ToUtf8(name.get()), stem);
+  }
+}
+
+TEST(Folders, ListsAndCountsAgree) {
+  const TemporaryFolder folder;
+  const FSRef top = Reference(folder.path());
+  SInt32 count = -1;
+  EXPECT_EQ(GL_CountFilesWithExtension(&top, CFSTR("jpg"), &count), noErr);
+  EXPECT_EQ(count, 0);
+  for (int i = 0; i < 23; ++i)
+    WriteFile(folder / (std::to_string(100 + i) + ".jpg"), "x");
+  for (const char* other : {"photojpg", "PHOTO.JPG", "x.jpeg"})
+    WriteFile(folder / other, "x");
+  fs::create_directory(folder / "folder.jpg");
+  EXPECT_EQ(GL_CountFilesWithExtension(&top, CFSTR("jpg"), &count), noErr);
+  EXPECT_EQ(count, 25);
+
+  std::vector<FSRef> found(26);
+  ASSERT_EQ(GL_ListFilesWithExtension(&top, CFSTR("jpg"), found.data(), 25), noErr);
+  EXPECT_TRUE(MF_FSRefValid(&found[24]));
+  EXPECT_FALSE(MF_FSRefValid(&found[25]));
+  const FSRef first = Reference(folder / "100.jpg");
+  EXPECT_TRUE(GL_EqualFileObjects(&found[0], &first));
+  std::vector<FSRef> few(4);
+  ASSERT_EQ(GL_ListFilesWithExtension(&top, CFSTR("jpg"), few.data(), 3), noErr);
+  EXPECT_FALSE(MF_FSRefValid(&few[3]));
+
+  GL_FileObjectElement* list = nullptr;
+  ASSERT_EQ(GL_MakeFolderFileObjList(&top, &list), noErr);
+  EXPECT_EQ(LL_PtrListCount(list), 27);
+  EXPECT_TRUE(GL_EqualFileObjects(&list->fileRef, &first));
+  ASSERT_EQ(GL_MakeFolderFileObjList(&top, &list), noErr);
+  EXPECT_EQ(LL_PtrListCount(list), 54);
+  LL_RemoveIdenticalElements(list, GL_EqualFileRefLEPtrs, 1);
+  EXPECT_EQ(LL_PtrListCount(list), 27);
+  EXPECT_EQ(GL_FindFileInList(&first, list), list);
+  LL_DisposeLinkedList(quillmere::ListHead(&list));
+
+  const FSRef file = Reference(folder / "x.jpeg");
+  EXPECT_NE(GL_CountFilesWithExtension(&file, CFSTR("jpg"), &count), noErr);
+  EXPECT_NE(GL_CountFilesWithExtension(nullptr, CFSTR("jpg"), &count), noErr);
+}
+
+TEST(Rectangles, FitInABox) {
+  const struct {
+    Rect source, box, fitted;
+  } cases[] = {
+      {{0, 0, 1, 3}, {0, 0, 10, 10}, {3, 0, 7, 10}},  // an odd remainder makes one pixel more
+      {{0, 0, 100, 100}, {10, 20, 60, 120}, {10, 45, 60, 95}},  // the height fills
+      {{0, 0, 30000, 32767}, {0, 0, 32767, 32767}, {1383, 0, 31384, 32767}},
+      {{0, 0, 0, 5}, {1, 2, 3, 4}, {1, 2, 3, 4}},
+  };
+  for (const auto& test : cases) {
+    Rect fitted;
+    GL_FitRectInBox(&test.source, &test.box, &fitted, nullptr, nullptr);
+    EXPECT_EQ(fitted.top, test.fitted.top);
+    EXPECT_EQ(fitted.left, test.fitted.left);
+    EXPECT_EQ(fitted.bottom, test.fitted.bottom);
+    EXPECT_EQ(fitted.right, test.fitted.right);
+  }
+  const Rect odd = {-5, -10, 20, 30};
+  EXPECT_EQ(GL_WidthOfSize(GL_GetRectSize(&odd)), 40);
+  EXPECT_EQ(GL_HeightOfSize(GL_GetRectSize(&odd)), 25);
+}
+
+}  // namespace
