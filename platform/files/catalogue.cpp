@@ -1,8 +1,9 @@
 #include "catalogue.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "finder_information.h"
+#include "place_table.h"
 
 namespace fs = std::filesystem;
 using quillmere::files::PathOf;
@@ -19,7 +21,9 @@ using quillmere::files::ReferenceOf;
 using quillmere::files::StatusOfErrno;
 
 struct FolderIterator {
-  fs::path folder;
+  fs::path path;
+  std::unique_ptr<DIR, int (*)(DIR*)> folder{nullptr, &closedir};
+  UInt32 folder_number = 0;
   std::vector<std::string> names;
   std::size_t next = 0;
 };
@@ -51,9 +55,24 @@ OSStatus ReadInfo(const fs::path& path, FSCatalogInfoBitmap mask, FSCatalogInfo*
   return noErr;
 }
 
-bool IsListed(const char* name) {
-  return std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0 &&
-         std::strncmp(name, "._", 2) != 0;
+/// A sidecar's name starts with "._" and its bytes with the AppleDouble number; a user's own file
+/// may have such a name too. One that can't be read counts as a sidecar.
+bool IsSidecar(int folder, const char* name) {
+  if (std::strncmp(name, "._", 2) != 0) return false;
+  struct stat found;
+  if (fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return true;
+  if (!S_ISREG(found.st_mode)) return false;
+  const int file = openat(folder, name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (file < 0) return true;
+  static constexpr UInt8 kAppleDouble[4] = {0x00, 0x05, 0x16, 0x07};
+  UInt8 start[4] = {};
+  const ssize_t count = read(file, start, sizeof(start));
+  close(file);
+  return count < 0 || (count == 4 && std::memcmp(start, kAppleDouble, 4) == 0);
+}
+
+bool IsListed(int folder, const char* name) {
+  return std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0 && !IsSidecar(folder, name);
 }
 
 }  // namespace
@@ -77,17 +96,19 @@ OSErr FSOpenIterator(const FSRef* container, UInt32 flags, FSIterator* iterator)
   if (!container || !iterator || flags != 0) return static_cast<OSErr>(paramErr);
   *iterator = nullptr;
   auto walk = std::make_unique<FolderIterator>();
-  const OSStatus status = PathOf(*container, &walk->folder);
+  const OSStatus status = PathOf(*container, &walk->path);
   if (status) return static_cast<OSErr>(status);
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(walk->folder.c_str()), &closedir);
-  if (!folder) return errno == ENOTDIR ? dirNFErr : StatusOfErrno(errno);
+  walk->folder.reset(opendir(walk->path.c_str()));
+  if (!walk->folder) return errno == ENOTDIR ? dirNFErr : StatusOfErrno(errno);
+  const int descriptor = dirfd(walk->folder.get());
   for (;;) {
     errno = 0;
-    const dirent* entry = readdir(folder.get());
+    const dirent* entry = readdir(walk->folder.get());
     if (!entry) break;
-    if (IsListed(entry->d_name)) walk->names.emplace_back(entry->d_name);
+    if (IsListed(descriptor, entry->d_name)) walk->names.emplace_back(entry->d_name);
   }
   if (errno) return StatusOfErrno(errno);
+  walk->folder_number = quillmere::files::Places().NumberOfFolder(walk->path.native());
   // The byte order of UTF-8 is the order of its code points.
   std::sort(walk->names.begin(), walk->names.end());
   *iterator = walk.release();
@@ -104,10 +125,12 @@ OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximum, ItemCount* ac
   if (container_changed) *container_changed = 0;
   for (; *actual < maximum && iterator->next < iterator->names.size(); ++iterator->next) {
     const std::string& name = iterator->names[iterator->next];
-    const fs::path path = iterator->folder / name;
     FSRef reference;
-    OSStatus status = ReferenceOf(path, &reference);
-    if (!status && mask != kFSCatInfoNone) status = ReadInfo(path, mask, &infos[*actual]);
+    OSStatus status = quillmere::files::ReferenceInFolder(
+        dirfd(iterator->folder.get()), iterator->folder_number, name.c_str(), &reference);
+    if (!status && mask != kFSCatInfoNone) {
+      status = ReadInfo(iterator->path / name, mask, &infos[*actual]);
+    }
     if (status == fnfErr) continue;
     if (status) return static_cast<OSErr>(status);
     if (references) references[*actual] = reference;

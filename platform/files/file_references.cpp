@@ -1,57 +1,29 @@
 #include "file_references.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 
 #include <cerrno>
 #include <cstring>
-#include <mutex>
 #include <system_error>
-#include <unordered_map>
+#include <utility>
+
+#include "place_table.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-/// What identifies an object for as long as it exists. An inode's number is used again after a
-/// deletion, its number with its birth time is not.
-struct ObjectIdentity {
-  UInt64 device;
-  UInt64 inode;
-  SInt64 birth_seconds;
-  UInt64 birth_nanoseconds;
-  friend bool operator==(const ObjectIdentity&, const ObjectIdentity&) = default;
-};
+using quillmere::files::ObjectIdentity;
+using quillmere::files::Sighting;
 
 /// The content of an FSRef that names an object.
 struct ReferenceRecord {
   UInt64 mark;
   ObjectIdentity identity;
-  UInt8 unused[40];
+  Sighting sighting;
+  UInt8 unused[32];
 };
 static_assert(sizeof(ReferenceRecord) == sizeof(FSRef));
 constexpr UInt64 kMark = 0x66696c6572656601;
-
-struct IdentityHash {
-  std::size_t operator()(const ObjectIdentity& identity) const {
-    UInt64 hash = identity.inode * 0x9E3779B97F4A7C15U;
-    hash ^= identity.device + (hash >> 29);
-    hash ^= identity.birth_nanoseconds * 0xBF58476D1CE4E5B9U;
-    return hash ^ (hash >> 32);
-  }
-};
-
-/// Where each object that a reference was made of was last seen.
-struct PlaceTable {
-  std::mutex mutex;
-  std::unordered_map<ObjectIdentity, fs::path, IdentityHash> places;
-};
-
-PlaceTable& Places() {
-  static auto* table = new PlaceTable;
-  return *table;
-}
 
 ReferenceRecord RecordOf(const FSRef& reference) {
   ReferenceRecord record;
@@ -59,22 +31,23 @@ ReferenceRecord RecordOf(const FSRef& reference) {
   return record;
 }
 
-/// Identity of what stands at a path, the path's last component not followed if it is a link.
-OSStatus IdentityAt(const fs::path& path, ObjectIdentity* identity) {
-  struct statx info;
-  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_INO | STATX_BTIME, &info) != 0) {
-    return quillmere::files::StatusOfErrno(errno);
-  }
-  const bool has_birth = (info.stx_mask & STATX_BTIME) != 0;
-  *identity = {makedev(info.stx_dev_major, info.stx_dev_minor), info.stx_ino,
-               has_birth ? info.stx_btime.tv_sec : 0, has_birth ? info.stx_btime.tv_nsec : 0};
-  return noErr;
+void Store(const ObjectIdentity& identity, Sighting sighting, FSRef* reference) {
+  ReferenceRecord record{};
+  record.mark = kMark;
+  record.identity = identity;
+  record.sighting = sighting;
+  std::memcpy(reference, &record, sizeof(record));
 }
 
-void Remember(const ObjectIdentity& identity, const fs::path& path) {
-  PlaceTable& table = Places();
-  const std::lock_guard lock(table.mutex);
-  table.places.insert_or_assign(identity, path);
+/// An absolute path without "." and "..", and without a slash at its end.
+OSStatus Normalized(const fs::path& path, fs::path* normalized) {
+  std::error_code error;
+  *normalized = fs::absolute(path, error).lexically_normal();
+  if (error) return quillmere::files::StatusOfErrno(error.value());
+  if (!normalized->has_filename() && normalized->has_relative_path()) {
+    *normalized = normalized->parent_path();
+  }
+  return noErr;
 }
 
 }  // namespace
@@ -146,35 +119,37 @@ namespace quillmere::files {
 OSStatus PathOf(const FSRef& reference, fs::path* path) {
   const ReferenceRecord record = RecordOf(reference);
   if (record.mark != kMark) return errFSBadFSRef;
-  fs::path place;
-  {
-    PlaceTable& table = Places();
-    const std::lock_guard lock(table.mutex);
-    const auto found = table.places.find(record.identity);
-    if (found == table.places.end()) return fnfErr;
-    place = found->second;
+  OSStatus first_failure = noErr;
+  for (std::string& place : Places().Candidates(record.identity, record.sighting)) {
+    ObjectIdentity there;
+    const OSStatus status = IdentityAt(AT_FDCWD, place.c_str(), &there);
+    if (!status && there == record.identity) {
+      *path = std::move(place);
+      return noErr;
+    }
+    if (!first_failure) first_failure = status;
   }
-  ObjectIdentity there;
-  const OSStatus status = IdentityAt(place, &there);
-  if (status) return status;
-  if (!(there == record.identity)) return fnfErr;
-  *path = std::move(place);
-  return noErr;
+  return first_failure ? first_failure : OSStatus{fnfErr};
 }
 
 OSStatus ReferenceOf(const fs::path& path, FSRef* reference) {
-  std::error_code error;
-  const fs::path absolute = fs::absolute(path, error).lexically_normal();
-  if (error) return StatusOfErrno(error.value());
-  ReferenceRecord record{};
-  record.mark = kMark;
-  const OSStatus status = IdentityAt(absolute, &record.identity);
-  if (status) {
-    *reference = {};
-    return status;
-  }
-  Remember(record.identity, absolute);
-  std::memcpy(reference, &record, sizeof(record));
+  *reference = {};
+  fs::path place;
+  ObjectIdentity identity;
+  OSStatus status = Normalized(path, &place);
+  if (!status) status = IdentityAt(AT_FDCWD, place.c_str(), &identity);
+  if (status) return status;
+  PlaceTable& table = Places();
+  const UInt32 folder = table.NumberOfFolder(place.parent_path().native());
+  Store(identity, table.See(identity, folder, place.filename().native()), reference);
+  return noErr;
+}
+
+OSStatus ReferenceInFolder(int folder, UInt32 folder_number, const char* name, FSRef* reference) {
+  ObjectIdentity identity;
+  const OSStatus status = IdentityAt(folder, name, &identity);
+  if (status) return status;
+  Store(identity, Places().See(identity, folder_number, name), reference);
   return noErr;
 }
 
@@ -213,7 +188,11 @@ OSErr StatusOfErrno(int error_number) {
 
 void NoteMoved(const FSRef& reference, const fs::path& new_path) {
   const ReferenceRecord record = RecordOf(reference);
-  if (record.mark == kMark) Remember(record.identity, new_path);
+  fs::path place;
+  if (record.mark != kMark || Normalized(new_path, &place)) return;
+  std::error_code error;
+  const bool is_folder = fs::symlink_status(place, error).type() == fs::file_type::directory;
+  Places().Move(record.identity, place.native(), is_folder);
 }
 
 }  // namespace quillmere::files

@@ -98,10 +98,10 @@ std::vector<std::string> Walk(const fs::path& path, ItemCount batch) {
 
 TEST(Catalogue, WalksInOrderOfCodePointsWithoutSidecars) {
   const TemporaryFolder folder;
-  for (const char* name :
-       {"b", "a", "Z", "é", "\U0001F600", "～", "._a", ".hidden", "not\xFFutf8"}) {
+  for (const char* name : {"b", "a", "Z", "é", "\U0001F600", "～", ".hidden", "not\xFFutf8"}) {
     WriteFile(folder / name, "x");
   }
+  WriteFile(folder / "._a", std::string("\x00\x05\x16\x07", 4));
   fs::create_symlink(folder / "nowhere", folder / "dangling");
   fs::create_directory(folder / "sub");
   const std::vector<std::string> expected = {

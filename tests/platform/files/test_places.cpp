@@ -48,7 +48,7 @@ std::vector<FSRef> List(const fs::path& folder) {
 
 TEST(Places, EachNameOfAnObjectWithTwoKeepsItsOwn) {
   const TemporaryFolder folder;
-  WriteFile(folder / "a.mov", {});
+  WriteFile(folder / "a.mov", "");
   fs::create_hard_link(folder / "a.mov", folder / "b.mov");
   const std::vector<FSRef> listed = List(folder.path());
   ASSERT_EQ(listed.size(), 2U);
@@ -63,8 +63,8 @@ TEST(Places, WhatLiesInAMovedFolderIsFound) {
   const TemporaryFolder folder;
   fs::create_directories(folder / "one/deep");
   fs::create_directory(folder / "one-more");
-  WriteFile(folder / "one/deep/file", {});
-  WriteFile(folder / "one-more/file", {});
+  WriteFile(folder / "one/deep/file", "");
+  WriteFile(folder / "one-more/file", "");
   const FSRef outer = Reference(folder / "one");
   const FSRef inner = Reference(folder / "one/deep");
   const FSRef file = Reference(folder / "one/deep/file");
@@ -80,13 +80,13 @@ TEST(Places, WhatLiesInAMovedFolderIsFound) {
 
   // A stranger under the old name is not taken for the file.
   fs::create_directories(folder / "one/deep");
-  WriteFile(folder / "one/deep/file", {});
+  WriteFile(folder / "one/deep/file", "");
   EXPECT_EQ(Place(file), folder / "deep/file");
 }
 
 TEST(Places, ReferenceRevivesWhenItsObjectIsSeenElsewhere) {
   const TemporaryFolder folder;
-  WriteFile(folder / "a", {});
+  WriteFile(folder / "a", "");
   const FSRef reference = Reference(folder / "a");
   fs::rename(folder / "a", folder / "b");
   EXPECT_EQ(Place(reference), "status " + std::to_string(fnfErr));
@@ -97,7 +97,7 @@ TEST(Places, ReferenceRevivesWhenItsObjectIsSeenElsewhere) {
 TEST(Places, NamesThatAreNotUtf8Survive) {
   const TemporaryFolder folder;
   const std::string name = "caf\xE9.jpg";
-  WriteFile(folder / name, {});
+  WriteFile(folder / name, "");
   const std::vector<FSRef> listed = List(folder.path());
   ASSERT_EQ(listed.size(), 1U);
   EXPECT_EQ(Place(listed[0]), (folder / name).string());
