@@ -31,19 +31,17 @@ UInt32 FreeTrackId(const MovieRecord& movie) {
 /// stays. Returns its position.
 std::size_t InsertTrackAtom(Atom* moov, Atom trak) {
   std::vector<Atom>& children = moov->children();
-  const auto last = std::find_if(children.rbegin(), children.rend(),
-                                 [](const Atom& child) { return child.type() == "trak"_4cc; });
-  if (last == children.rbegin()) {
+  std::size_t place = 0;
+  for (std::size_t i = 0; i < children.size(); ++i) {
+    const OSType type = children[i].type();
+    if (type == "trak"_4cc || (type == "mvhd"_4cc && place == 0)) place = i + 1;
+  }
+  if (place == children.size()) {
     moov->Add(std::move(trak));
-    return children.size() - 1;
+  } else {
+    children.insert(children.begin() + static_cast<std::ptrdiff_t>(place), std::move(trak));
   }
-  if (last == children.rend()) {
-    const auto header = std::find_if(children.begin(), children.end(),
-                                     [](const Atom& child) { return child.type() == "mvhd"_4cc; });
-    const auto place = header == children.end() ? children.begin() : header + 1;
-    return static_cast<std::size_t>(children.insert(place, std::move(trak)) - children.begin());
-  }
-  return static_cast<std::size_t>(children.insert(last.base(), std::move(trak)) - children.begin());
+  return place;
 }
 
 /// Reads a track's header, lets `change` change it and writes it back.
