@@ -1,8 +1,7 @@
 #include "QM_job.h"
 
+#include <algorithm>
 #include <cstring>
-#include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "GL_Controls.h"
@@ -18,22 +17,37 @@
 #include "QT_General.h"
 #include "QT_Movie_File.h"
 #include "QT_Movie_Info.h"
+#include "QT_Pictures.h"
 #include "images.h"
+#include "replacement_guard.h"
 #include "window_manager.h"
 
 namespace {
 
 using quillmere::AtExit;
 using quillmere::Owned;
+using quillmere::movies::ProtectFromReplacement;
 
 constexpr SInt32 kNilPointerErr = 4008;
 QM_JobObserver job_observer{};
-/// Names of the files that the job in progress reads, and their folder: outputs must not take them.
-struct SourceNames {
-  FSRef folder{};
-  std::unordered_set<std::string> names;
+
+/// Keeps the files that a job reads from being replaced by its outputs, for as long as it lives.
+class ProtectedSources {
+ public:
+  ProtectedSources() = default;
+  ProtectedSources(const ProtectedSources&) = delete;
+  ProtectedSources& operator=(const ProtectedSources&) = delete;
+  ~ProtectedSources() {
+    for (const FSRef& file : files_)
+      ProtectFromReplacement(file, false);
+  }
+  void Add(const FSRef& file) {
+    if (ProtectFromReplacement(file, true) == noErr) files_.push_back(file);
+  }
+
+ private:
+  std::vector<FSRef> files_;
 };
-SourceNames job_sources;
 
 /// The image of the mask, for every file of a job.
 struct MaskImage {
@@ -52,17 +66,18 @@ struct MaskImage {
 };
 
 void TellFileDone(const FSRef* file, SInt32 status) {
-  if (job_observer.file_done != nullptr) job_observer.file_done(file, status, job_observer.user_data);
+  if (job_observer.file_done != nullptr)
+    job_observer.file_done(file, status, job_observer.user_data);
 }
 
-void NoteSource(const FSRef* file) {
-  Owned<CFStringRef> name;
-  if (GL_CopyFileDirNameAsCFString(file, name.out()) == noErr) {
-    job_sources.names.insert(quillmere::ToUtf8(name.get()));
-  }
+void DisposeList(GL_FileObjectElement** list) {
+  void* first = *list;
+  LL_DisposeLinkedList(&first);
+  *list = nullptr;
 }
 
-/// Opens a file as a movie and adds the overlay. Failures are reported; the movie is the caller's in any case.
+/// Opens a file as a movie and adds the overlay. Failures are reported; the movie is the caller's
+/// in any case.
 SInt32 OpenWithOverlay(const FSRef* file, const MaskImage& mask, Movie* movie) {
   SInt32 status = QT_OpenMovieFileFP(file, 1, nullptr, movie);
   if (status != noErr) return QM_ReportFailure("QT_OpenMovieFileFP", status);
@@ -78,8 +93,8 @@ SInt32 CopyBareName(const FSRef* file, CFMutableStringRef* name) {
   return status != noErr ? QM_ReportFailure("GL_RemoveFileNameExtension", status) : status;
 }
 
-/// Writes one movie with its overlay. The flatten's own status is not reported; it is given back for whoever
-/// watches the job.
+/// Writes one movie with its overlay. The flatten's own status is not reported; it is given back
+/// for whoever watches the job.
 SInt32 ProcessMovie(const FSRef* file, const MaskImage& mask, QM_MaskData* data) {
   Movie movie = nullptr;
   Owned<CFMutableStringRef> name;
@@ -93,7 +108,6 @@ SInt32 ProcessMovie(const FSRef* file, const MaskImage& mask, QM_MaskData* data)
   if (status == noErr) status = CopyBareName(file, name.out());
   if (status != noErr) return status;
   CFStringAppend(name.get(), CFSTR("-clean.mov"));
-  if (QM_IsSourceOfJob(&data->targetFolder, name.get())) return dupFNErr;
   status = QTNewDataReferenceFromFSRefCFString(&data->targetFolder, name.get(), 0, &output,
                                                &output_type);
   if (status != noErr) return QM_ReportFailure("QTNewDataReferenceFromFSRefCFString", status);
@@ -126,29 +140,21 @@ SInt32 ProcessStill(const FSRef* file, const MaskImage& mask, CGColorSpaceRef sp
 SInt32 PrepareMask(const QM_MaskData* data, MaskImage* mask) {
   SInt32 status = FSNewAlias(nullptr, &data->maskFile, &mask->alias);
   if (status != noErr) return QM_ReportFailure("FSNewAlias", status);
-  status = QT_GetImageReferenceFromFile(&data->maskFile, &mask->description, &mask->offset,
-                                        &mask->size);
+  status =
+      QT_GetImageReferenceFromFile(&data->maskFile, &mask->description, &mask->offset, &mask->size);
   return status != noErr ? QM_ReportFailure("QT_PrepareReadingImageFromFile", status) : status;
 }
 
-/// The stills of the source folder, as many as were counted when it was chosen. Names beyond that are not of
-/// this job; entries for files that have gone since stay zero.
+/// The stills of the source folder, as many as were counted when it was chosen. Names beyond that
+/// are not of this job; entries for files that have gone since stay zero.
 SInt32 ListStills(const QM_MaskData* data, std::vector<FSRef>* stills) {
-  SInt32 present = 0;
-  SInt32 status = GL_CountFilesWithExtension(&data->sourceFolder, CFSTR("jpg"), &present);
-  if (status != noErr) return status;
-  // The listing has no limit of its own, and the folder may grow meanwhile.
-  constexpr std::size_t kSpare = 1024;
-  std::vector<FSRef> found(static_cast<std::size_t>(present) + kSpare);
-  status = GL_ListFilesWithExtension(&data->sourceFolder, CFSTR("jpg"), found.data());
-  if (status != noErr) return status;
-  found.resize(static_cast<std::size_t>(data->jpegCount));
-  *stills = std::move(found);
-  return noErr;
+  stills->assign(static_cast<std::size_t>(std::max(data->jpegCount, 0)), FSRef{});
+  return GL_ListFilesWithExtension(&data->sourceFolder, CFSTR("jpg"), stills->data(),
+                                   static_cast<SInt32>(stills->size()));
 }
 
-void ProcessMovies(MF_FileObjectLEPtr list, const MaskImage& mask, QM_MaskData* data) {
-  for (const MF_FileObjectLE* element = list; element != nullptr; element = element->next) {
+void ProcessMovies(const GL_FileObjectElement* list, const MaskImage& mask, QM_MaskData* data) {
+  for (const GL_FileObjectElement* element = list; element != nullptr; element = element->next) {
     if (!IsValidWindowPtr(data->window)) break;
     TellFileDone(&element->fileRef, ProcessMovie(&element->fileRef, mask, data));
     ++data->moviesDone;
@@ -178,21 +184,23 @@ SInt32 RunJob(WindowRef window, QM_MaskData* data) {
   status = PrepareMask(data, &mask);
   if (status != noErr) return status;
 
-  MF_FileObjectLEPtr list = nullptr;
-  const AtExit dispose([&list] { LL_DisposeLinkedList(&list); });
+  GL_FileObjectElement* list = nullptr;
+  const AtExit dispose([&list] { DisposeList(&list); });
   status = QT_MakeFolderMovieFileList(&data->sourceFolder, &list, 1, 0);
   if (status != noErr) return QM_ReportFailure("QT_MakeFolderMovieFileList", status);
-  job_sources = {data->sourceFolder, {}};
-  const AtExit forget([] { job_sources = {}; });
-  for (const MF_FileObjectLE* element = list; element != nullptr; element = element->next) {
-    NoteSource(&element->fileRef);
+  ProtectedSources sources;
+  sources.Add(data->maskFile);
+  for (const GL_FileObjectElement* element = list; element != nullptr; element = element->next) {
+    sources.Add(element->fileRef);
   }
   std::vector<FSRef> stills;
   if (ListStills(data, &stills) == noErr) {
-    for (const FSRef& still : stills) NoteSource(&still);
+    for (const FSRef& still : stills) {
+      if (MF_FSRefValid(&still)) sources.Add(still);
+    }
   }
   ProcessMovies(list, mask, data);
-  LL_DisposeLinkedList(&list);
+  DisposeList(&list);
 
   status = ListStills(data, &stills);
   if (status != noErr) return QM_ReportFailure("GL_ListFilesWithExtension", status);
@@ -216,11 +224,6 @@ SInt32 FailOverlay(const char* step, SInt32 status) {
 
 void QM_SetJobObserver(const QM_JobObserver* observer) {
   job_observer = observer != nullptr ? *observer : QM_JobObserver{};
-}
-
-bool QM_IsSourceOfJob(const FSRef* folder, CFStringRef name) {
-  return FSCompareFSRefs(folder, &job_sources.folder) == noErr &&
-         job_sources.names.contains(quillmere::ToUtf8(name));
 }
 
 SInt32 QM_ApplyMask(WindowRef window) {
@@ -249,7 +252,7 @@ SInt32 QM_OverlayPNG(Movie movie, Handle data_reference, ImageDescriptionHandle 
   if (status != noErr) return FailOverlay("QT_SetMovieApertureMode", status);
   Rect box{};
   GetMovieBox(movie, &box);
-  const SInt32 box_width = GL_GetRectSize(&box) >> 16;
+  const SInt32 box_width = GL_WidthOfSize(GL_GetRectSize(&box));
   SInt16 image_height = 0;
   std::memcpy(&image_height, *image_description + kHeight, sizeof image_height);
 

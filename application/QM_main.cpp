@@ -61,9 +61,9 @@ SInt32 GetCommand(EventRef event, HICommand* command) {
 }
 
 SInt32 ChooseMask(WindowRef window, QM_MaskData* data) {
-  SInt32 status =
-      NS_GetSingleFileFromUser(NS_EventProcPrototype, NS_FileExtensionFilter, CFSTR(".png"),
-                               CFSTR("Quillmere"), CFSTR("Please select a png file"), &data->maskFile);
+  SInt32 status = NS_GetSingleFileFromUser(NS_EventProcPrototype, NS_FileExtensionFilter,
+                                           CFSTR(".png"), CFSTR("Quillmere"),
+                                           CFSTR("Please select a png file"), &data->maskFile);
   if (status == userCanceledErr) return noErr;
   if (status != noErr) return QM_ReportFailure("NS_GetSingleFileFromUser", status);
   status = QM_SetFileNameInDialog(window, &data->maskFile, kQM_MaskName);
@@ -73,9 +73,9 @@ SInt32 ChooseMask(WindowRef window, QM_MaskData* data) {
 }
 
 SInt32 ChooseSource(WindowRef window, QM_MaskData* data) {
-  SInt32 status = NS_GetSingleFolderFromUser(NS_EventProcPrototype, nullptr, nullptr,
-                                             CFSTR("Please select the source folder"),
-                                             &data->sourceFolder);
+  SInt32 status =
+      NS_GetSingleFolderFromUser(NS_EventProcPrototype, nullptr, nullptr,
+                                 CFSTR("Please select the source folder"), &data->sourceFolder);
   if (status == userCanceledErr) return noErr;
   if (status != noErr) return QM_ReportFailure("NS_GetSingleFolderFromUser 1", status);
   status = QM_SetFileNameInDialog(window, &data->sourceFolder, kQM_SourceName);
@@ -87,9 +87,9 @@ SInt32 ChooseSource(WindowRef window, QM_MaskData* data) {
 }
 
 SInt32 ChooseTarget(WindowRef window, QM_MaskData* data) {
-  SInt32 status = NS_GetSingleFolderFromUser(NS_EventProcPrototype, nullptr, nullptr,
-                                             CFSTR("Please select the target folder"),
-                                             &data->targetFolder);
+  SInt32 status =
+      NS_GetSingleFolderFromUser(NS_EventProcPrototype, nullptr, nullptr,
+                                 CFSTR("Please select the target folder"), &data->targetFolder);
   if (status == userCanceledErr) return noErr;
   if (status != noErr) return QM_ReportFailure("NS_GetSingleFolderFromUser 2", status);
   status = QM_SetFileNameInDialog(window, &data->targetFolder, kQM_TargetName);
@@ -176,7 +176,8 @@ SInt32 QM_OpenDialog() {
   if (status != noErr) return QM_ReportFailure("QM_InitDialog", status);
   constexpr EventTypeSpec kTypes[] = {{kEventClassCommand, kEventCommandProcess},
                                       {kEventClassControl, kEventControlHit}};
-  status = InstallEventHandler(GetWindowEventTarget(window), QM_DialogEventHandler, 2, kTypes, window);
+  status =
+      InstallEventHandler(GetWindowEventTarget(window), QM_DialogEventHandler, 2, kTypes, window);
   if (status != noErr) return status;
   constexpr UInt16 kKeyDownMask = 8;
   FlushEvents(kKeyDownMask, 0);
@@ -227,8 +228,8 @@ OSStatus QM_ImageViewEventHandler(EventHandlerCallRef /*call*/, EventRef event,
   ControlRef control = nullptr;
   HIShapeRef shape = nullptr;
   CGContextRef context = nullptr;
-  GetEventParameter(event, kEventParamDirectObject, typeControlRef, nullptr, sizeof control, nullptr,
-                    static_cast<void*>(&control));
+  GetEventParameter(event, kEventParamDirectObject, typeControlRef, nullptr, sizeof control,
+                    nullptr, static_cast<void*>(&control));
   GetEventParameter(event, kEventParamShape, typeHIShapeRef, nullptr, sizeof shape, nullptr,
                     static_cast<void*>(&shape));
   GetEventParameter(event, kEventParamCGContextRef, typeCGContextRef, nullptr, sizeof context,
@@ -345,14 +346,15 @@ SInt32 QM_SetIconInDialog(WindowRef window) {
 SInt32 QM_SetNumMoviesInDialog(WindowRef window) {
   QM_MaskData* data = QM_GetMaskData(window);
   if (data == nullptr) return QM_ReportExit("QM_SetNumMoviesInDialog", kNilPointerErr);
-  MF_FileObjectLEPtr list = nullptr;
+  GL_FileObjectElement* list = nullptr;
   SInt32 status = QT_MakeFolderMovieFileList(&data->sourceFolder, &list, 1, 0);
   if (status != noErr) {
     QM_ReportFailure("QT_MakeFolderMovieFileList", status);
     return QM_ReportExit("QM_SetNumMoviesInDialog", status);
   }
   data->movieCount = LL_PtrListCount(list);
-  LL_DisposeLinkedList(&list);
+  void* first = list;
+  LL_DisposeLinkedList(&first);
   status = GL_SetDialogItemTextIntByID(window, kQM_Signature, kQM_MovieCount, data->movieCount);
   return status != noErr ? QM_ReportExit("QM_SetNumMoviesInDialog", status) : status;
 }
@@ -371,8 +373,8 @@ SInt32 QM_SetNumJpegsInDialog(WindowRef window) {
 
 SInt32 QM_Start() {
   constexpr EventTypeSpec kCommand{kEventClassCommand, kEventCommandProcess};
-  SInt32 status = InstallEventHandler(GetApplicationEventTarget(), QM_AppEventHandler, 1, &kCommand,
-                                      nullptr);
+  SInt32 status =
+      InstallEventHandler(GetApplicationEventTarget(), QM_AppEventHandler, 1, &kCommand, nullptr);
   if (status != noErr) return QM_ReportExit("main", status);
   status = EnterMovies();
   if (status != noErr) {

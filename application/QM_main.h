@@ -30,8 +30,8 @@ enum QM_Control : SInt32 {
 /// All the application's state. The movie progress procedure gets it as its reference constant.
 struct QM_MaskData {
   WindowRef window;
-  HIRect maskViewFrame;          ///< of the preview, as the nib laid it out
-  FSRef maskFile;                ///< all zero for none, as the two below
+  HIRect maskViewFrame;  ///< of the preview, as the nib laid it out
+  FSRef maskFile;        ///< all zero for none, as the two below
   FSRef sourceFolder;
   FSRef targetFolder;
   CFMutableStringRef stillName;  ///< of the still in progress, without extension
@@ -49,7 +49,8 @@ struct QM_DialogRec {
   QM_MaskData* maskData;
 };
 
-/// Starts the program: handlers, movie toolbox, menu bar and window. The status of the first failure.
+/// Starts the program: handlers, movie toolbox, menu bar and window. The status of the first
+/// failure.
 SInt32 QM_Start();
 
 /// Makes the window from the nib, prepares and shows it.
@@ -62,7 +63,8 @@ OSStatus QM_DialogEventHandler(EventHandlerCallRef call, EventRef event, void* u
 /// Paints the dialog's background behind an image view; `user_data` is the control.
 OSStatus QM_ImageViewEventHandler(EventHandlerCallRef call, EventRef event, void* user_data);
 
-/// Acts on the hit of a control. `event_status` becomes 0: a hit counts as handled whatever comes of it.
+/// Acts on the hit of a control. `event_status` becomes 0: a hit counts as handled whatever comes
+/// of it.
 SInt32 QM_HandleDlgControlHit(WindowRef window, OSType signature, SInt32 number,
                               OSStatus* event_status);
 /// Makes Apply active if the mask and both folders exist and no job runs, else inactive.

@@ -1,14 +1,15 @@
 #include "QM_still.h"
 
 #include "GL_CF.h"
-#include "QM_job.h"
 #include "QM_main.h"
 #include "images.h"
+#include "replacement_guard.h"
 
 namespace {
 
 using quillmere::AtExit;
 using quillmere::Owned;
+using quillmere::movies::IsProtectedFromReplacement;
 
 constexpr SInt32 kNoUrlErr = 10023;
 constexpr SInt32 kNoBitmapContextErr = 10039;
@@ -31,12 +32,12 @@ CFDictionaryRef CreateOptions(CVPixelBufferRef buffer) {
 SInt32 WriteStill(const QM_MaskData* data, CGImageRef image, CVPixelBufferRef buffer) {
   const Owned<CFURLRef> folder(CFURLCreateFromFSRef(kCFAllocatorDefault, &data->targetFolder));
   if (!folder) return kNoUrlErr;
-  const Owned<CFStringRef> name(CFStringCreateWithFormat(
-      kCFAllocatorDefault, nullptr, CFSTR("%@-clean.jpg"), data->stillName));
+  const Owned<CFStringRef> name(CFStringCreateWithFormat(kCFAllocatorDefault, nullptr,
+                                                         CFSTR("%@-clean.jpg"), data->stillName));
   const Owned<CFURLRef> file(
       CFURLCreateCopyAppendingPathComponent(kCFAllocatorDefault, folder.get(), name.get(), 0));
   if (!file) return kNoUrlErr;
-  if (QM_IsSourceOfJob(&data->targetFolder, name.get())) return dupFNErr;
+  if (IsProtectedFromReplacement(quillmere::PathOf(file.get()))) return dupFNErr;
   const Owned<CGImageDestinationRef> destination(
       CGImageDestinationCreateWithURL(file.get(), kUTTypeJPEG, 1, nullptr));
   if (!destination) return noErr;

@@ -1,4 +1,5 @@
-/// The program's entry. Its result is 0, or the low byte's worth of the status that stopped the start.
+/// The program's entry. Its result is 0, or the low byte's worth of the status that stopped the
+/// start.
 #include "QM_main.h"
 #include "carbon_events.h"
 

@@ -1,17 +1,17 @@
 /// Does one job without a display: quillmere-batch MASK.png SOURCE_FOLDER TARGET_FOLDER
 ///
-/// It opens the application's own window on no screen, answers its pickers and presses its buttons. It prints what
-/// the application prints, and on a terminal one line for each file. The exit status is 0 when the job's
-/// status is 0, 2 for wrong arguments, 3 when the job could not start, else the low 8 bits of the
-/// job's status (1 where these are 0).
+/// It opens the application's own window on no screen, answers its pickers and presses its buttons.
+/// It prints what the application prints, and on a terminal one line for each file. The exit status
+/// is 0 when the job's status is 0, 2 for wrong arguments, 3 when the job could not start, else the
+/// low 8 bits of the job's status (1 where these are 0).
 #include <unistd.h>
 
+#include <strings.h>
 #include <cinttypes>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <strings.h>
 
 #include "GL_Controls.h"
 #include "QM_job.h"

@@ -38,4 +38,6 @@ void AudioServicesPlayAlertSound(UInt32 sound) {
   }
 }
 
-UInt64 quillmere::windows::AlertCount() { return alerts; }
+UInt64 quillmere::windows::AlertCount() {
+  return alerts;
+}

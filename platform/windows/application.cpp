@@ -17,7 +17,8 @@ char* arguments[] = {program_name, nullptr};
 }  // namespace
 
 QApplication& Application() {
-  // Never destroyed: Qt's own statics may go before ours, and windows may live until the process ends.
+  // Never destroyed: Qt's own statics may go before ours, and windows may live until the process
+  // ends.
   static QApplication* application = [] {
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillmere"));
     QGuiApplication::setDesktopFileName(QStringLiteral("quillmere"));
@@ -52,7 +53,8 @@ OSType CodeOfText(const QString& text) {
   const QByteArray bytes = text.toLatin1();
   if (bytes.size() != 4) return 0;
   OSType code = 0;
-  for (const char c : bytes) code = (code << 8) | static_cast<UInt8>(c);
+  for (const char c : bytes)
+    code = (code << 8) | static_cast<UInt8>(c);
   return code;
 }
 

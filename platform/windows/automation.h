@@ -1,5 +1,5 @@
-/// Driving windows without a human: answers for pickers, and a desktop without a display. For tests and
-/// command-line tools.
+/// Driving windows without a human: answers for pickers, and a desktop without a display. For tests
+/// and command-line tools.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +15,8 @@ namespace quillmere::windows {
 /// the first window or nib.
 void UseNoDisplay();
 
-/// The next picker that runs shows no dialog and behaves as if the user had chosen this object. A path
-/// that does not exist, or that the picker's filter hides, counts as a cancel.
+/// The next picker that runs shows no dialog and behaves as if the user had chosen this object. A
+/// path that does not exist, or that the picker's filter hides, counts as a cancel.
 void QueuePickerAnswer(const std::filesystem::path& path);
 /// The next picker behaves as if the user had cancelled.
 void QueuePickerCancel();
@@ -25,7 +25,8 @@ std::size_t QueuedPickerAnswers();
 /// The message of the picker that ran last, in UTF-8.
 std::string LastPickerMessage();
 
-/// The window that commands go to: the active one, or else one that is shown; null if there is none.
+/// The window that commands go to: the active one, or else one that is shown; null if there is
+/// none.
 WindowRef FrontWindow();
 
 /// How often the system alert has been asked for, heard or not.

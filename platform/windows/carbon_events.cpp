@@ -55,8 +55,8 @@ EventState& State() {
 /// The reference in the event's direct object, null if it has none of that type.
 ControlRef ControlOf(EventRef event) {
   ControlRef control = nullptr;
-  GetEventParameter(event, kEventParamDirectObject, typeControlRef, nullptr, sizeof control, nullptr,
-                    static_cast<void*>(&control));
+  GetEventParameter(event, kEventParamDirectObject, typeControlRef, nullptr, sizeof control,
+                    nullptr, static_cast<void*>(&control));
   return control;
 }
 
@@ -72,17 +72,18 @@ EventTargetRef TargetOf(EventRef event) {
   return GetApplicationEventTarget();
 }
 
-/// A hit that waited in the queue while its control became inactive, as the second of two quick clicks does,
-/// must not reach anybody.
+/// A hit that waited in the queue while its control became inactive, as the second of two quick
+/// clicks does, must not reach anybody.
 bool IsStaleHit(EventRef event) {
   if (event->event_class != kEventClassControl || event->kind != kEventControlHit) return false;
   return !HIViewIsActive(ControlOf(event), nullptr);
 }
 
 bool Wants(const InstalledHandler& handler, EventRef event) {
-  return std::any_of(handler.types.begin(), handler.types.end(), [event](const EventTypeSpec& type) {
-    return type.eventClass == event->event_class && type.eventKind == event->kind;
-  });
+  return std::any_of(
+      handler.types.begin(), handler.types.end(), [event](const EventTypeSpec& type) {
+        return type.eventClass == event->event_class && type.eventKind == event->kind;
+      });
 }
 
 OSStatus CallHandlers(const EventTarget& target, EventRef event) {
@@ -162,9 +163,13 @@ void ReleaseEvent(EventRef event) {
   const std::unique_ptr<EventObject> last(event);
 }
 
-OSType GetEventClass(EventRef event) { return event != nullptr ? event->event_class : 0; }
+OSType GetEventClass(EventRef event) {
+  return event != nullptr ? event->event_class : 0;
+}
 
-UInt32 GetEventKind(EventRef event) { return event != nullptr ? event->kind : 0; }
+UInt32 GetEventKind(EventRef event) {
+  return event != nullptr ? event->kind : 0;
+}
 
 OSStatus GetEventParameter(EventRef event, OSType name, OSType type, OSType* actual_type,
                            Size capacity, Size* actual_size, void* data) {
@@ -194,9 +199,13 @@ OSStatus SetEventParameter(EventRef event, OSType name, OSType type, Size size, 
   return noErr;
 }
 
-EventTargetRef GetApplicationEventTarget() { return &State().application; }
+EventTargetRef GetApplicationEventTarget() {
+  return &State().application;
+}
 
-EventTargetRef GetEventDispatcherTarget() { return &State().dispatcher; }
+EventTargetRef GetEventDispatcherTarget() {
+  return &State().dispatcher;
+}
 
 OSStatus InstallEventHandler(EventTargetRef target, EventHandlerProcPtr handler,
                              ItemCount type_count, const EventTypeSpec* types, void* user_data) {
@@ -222,7 +231,9 @@ OSStatus SendEventToEventTarget(EventRef event, EventTargetRef target) {
   return StandardHandling(event, window);
 }
 
-EventQueueRef GetMainEventQueue() { return &State().queue; }
+EventQueueRef GetMainEventQueue() {
+  return &State().queue;
+}
 
 OSStatus PostEventToQueue(EventQueueRef queue, EventRef event, SInt16 priority) {
   if (queue != GetMainEventQueue() || event == nullptr) return paramErr;

@@ -1,14 +1,16 @@
 /// Events: records with a class, a kind and parameters that travel to targets.
 ///
 /// A target is the application, a window or a control. An event that is sent to a target meets that
-/// target's handlers, the one installed last first; a handler that answers eventNotHandledErr passes it on, first
-/// to the next handler, then to the enclosing target (control, window, application). What nobody
-/// handled gets the standard handling: the command `clos` closes its window, `quit` closes all
-/// windows and ends the event loop. Everything here belongs to the main thread.
+/// target's handlers, the one installed last first; a handler that answers eventNotHandledErr
+/// passes it on, first to the next handler, then to the enclosing target (control, window,
+/// application). What nobody handled gets the standard handling: the command `clos` closes its
+/// window, `quit` closes all windows and ends the event loop. Everything here belongs to the main
+/// thread.
 ///
-/// What the user does to controls, menus and title bars arrives as events in the main queue. The event
-/// loop empties it; ReceiveNextEvent lets a long operation empty it in between. A control hit is dropped
-/// if the control has become inactive, or has gone, between the user's action and its delivery.
+/// What the user does to controls, menus and title bars arrives as events in the main queue. The
+/// event loop empties it; ReceiveNextEvent lets a long operation empty it in between. A control hit
+/// is dropped if the control has become inactive, or has gone, between the user's action and its
+/// delivery.
 #pragma once
 
 #include "base_types.h"
@@ -77,8 +79,8 @@ using EventHandlerProcPtr = OSStatus (*)(EventHandlerCallRef call, EventRef even
 
 enum : SInt16 { kEventPriorityLow = 0, kEventPriorityStandard = 1, kEventPriorityHigh = 2 };
 
-/// Makes an event with one reference, which the caller gives up with ReleaseEvent. `allocator` is null;
-/// `when` in seconds since start, 0 for now; `attributes` 0.
+/// Makes an event with one reference, which the caller gives up with ReleaseEvent. `allocator` is
+/// null; `when` in seconds since start, 0 for now; `attributes` 0.
 OSStatus CreateEvent(const void* allocator, OSType event_class, UInt32 kind, EventTime when,
                      UInt32 attributes, EventRef* event);
 /// Adds a reference and gives the event back.
@@ -88,8 +90,8 @@ void ReleaseEvent(EventRef event);
 OSType GetEventClass(EventRef event);
 UInt32 GetEventKind(EventRef event);
 /// Copies at most `capacity` bytes of the parameter to `data`. `actual_type` and `actual_size` (the
-/// parameter's full size in bytes) may be null. eventParameterNotFoundErr if the event has no parameter of that name and
-/// type.
+/// parameter's full size in bytes) may be null. eventParameterNotFoundErr if the event has no
+/// parameter of that name and type.
 OSStatus GetEventParameter(EventRef event, OSType name, OSType type, OSType* actual_type,
                            Size capacity, Size* actual_size, void* data);
 /// Sets or replaces the parameter by a copy of `size` bytes.
@@ -114,15 +116,16 @@ EventQueueRef GetMainEventQueue();
 /// Adds an event behind those of its priority. The queue keeps a reference of its own.
 /// eventAlreadyPostedErr if the event is in the queue.
 OSStatus PostEventToQueue(EventQueueRef queue, EventRef event, SInt16 priority);
-/// Takes the next event. `type_count` is 0 and `types` null (all events), `timeout` is 0 (no wait) and
-/// `pull` true: then the caller owns the event; other arguments give paramErr. When the queue is empty, the
-/// window system is served once, which may fill it; called from within that service it only looks into
-/// the queue. eventLoopTimedOutErr when there is nothing.
+/// Takes the next event. `type_count` is 0 and `types` null (all events), `timeout` is 0 (no wait)
+/// and `pull` true: then the caller owns the event; other arguments give paramErr. When the queue
+/// is empty, the window system is served once, which may fill it; called from within that service
+/// it only looks into the queue. eventLoopTimedOutErr when there is nothing.
 OSStatus ReceiveNextEvent(ItemCount type_count, const EventTypeSpec* types, EventTimeout timeout,
                           Boolean pull, EventRef* event);
 /// Drops waiting input; `mask` 8 means key-down events, `stop_mask` is 0.
 void FlushEvents(UInt16 mask, UInt16 stop_mask);
 
-/// Serves events until the command `quit` gets its standard handling or QuitApplicationEventLoop is called.
+/// Serves events until the command `quit` gets its standard handling or QuitApplicationEventLoop is
+/// called.
 void RunApplicationEventLoop();
 void QuitApplicationEventLoop();

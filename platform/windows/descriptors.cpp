@@ -16,7 +16,8 @@ struct DescriptorData {
   DescriptorData(const DescriptorData&) = delete;
   DescriptorData& operator=(const DescriptorData&) = delete;
   ~DescriptorData() {
-    for (AEDesc& item : items) AEDisposeDesc(&item);
+    for (AEDesc& item : items)
+      AEDisposeDesc(&item);
   }
 };
 
@@ -34,7 +35,8 @@ std::string UnescapedPath(std::string_view text) {
       const int letter = (c | 0x20) - 'a';
       return letter >= 0 && letter < 6 ? letter + 10 : -1;
     };
-    if (text[i] == '%' && i + 2 < text.size() && digit(text[i + 1]) >= 0 && digit(text[i + 2]) >= 0) {
+    if (text[i] == '%' && i + 2 < text.size() && digit(text[i + 1]) >= 0 &&
+        digit(text[i + 2]) >= 0) {
       path += static_cast<char>(digit(text[i + 1]) * 16 + digit(text[i + 2]));
       i += 2;
     } else {
@@ -46,7 +48,8 @@ std::string UnescapedPath(std::string_view text) {
 
 OSErr CoerceToReference(const AEDesc& from, AEDesc* to) {
   const auto& bytes = from.dataHandle->bytes;
-  const std::string path = UnescapedPath({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  const std::string path =
+      UnescapedPath({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   FSRef reference{};
   if (quillmere::files::ReferenceOf(path, &reference) != noErr) return errAECoercionFail;
   return AECreateDesc(typeFSRef, &reference, sizeof reference, to);

@@ -121,8 +121,8 @@ void ShowPicker(NavDialog* dialog) {
   picker.setAccessibleName(picker.windowTitle());
   picker.setFileMode(dialog->folders ? QFileDialog::Directory : QFileDialog::ExistingFile);
   picker.setOption(QFileDialog::ShowDirsOnly, dialog->folders);
-  picker.setLabelText(QFileDialog::Accept, dialog->folders ? QStringLiteral("&Choose")
-                                                           : QStringLiteral("&Open"));
+  picker.setLabelText(QFileDialog::Accept,
+                      dialog->folders ? QStringLiteral("&Choose") : QStringLiteral("&Open"));
   if (dialog->filter != nullptr) {
     // The desktop's own dialogs can't ask a filter about each item.
     picker.setOption(QFileDialog::DontUseNativeDialog);
@@ -197,7 +197,9 @@ OSStatus NavDialogRun(NavDialogRef dialog) {
   return noErr;
 }
 
-void NavDialogDispose(NavDialogRef dialog) { const std::unique_ptr<NavDialog> last(dialog); }
+void NavDialogDispose(NavDialogRef dialog) {
+  const std::unique_ptr<NavDialog> last(dialog);
+}
 
 UInt32 NavDialogGetUserAction(NavDialogRef dialog) {
   return dialog != nullptr ? dialog->user_action : static_cast<UInt32>(kNavUserActionNone);
@@ -228,7 +230,8 @@ OSStatus NavCustomControl(NavDialogRef dialog, SInt32 selector, void* parameters
   if (selector != kNavCtlSetLocation) return kNavInvalidCustomControlMessageErr;
   const auto* descriptor = static_cast<const AEDesc*>(parameters);
   FSRef reference{};
-  if (descriptor->descriptorType != typeFSRef || AEGetDescDataSize(descriptor) != sizeof reference) {
+  if (descriptor->descriptorType != typeFSRef ||
+      AEGetDescDataSize(descriptor) != sizeof reference) {
     return errAEWrongDataType;
   }
   AEGetDescData(descriptor, &reference, sizeof reference);
@@ -242,12 +245,20 @@ OSStatus NavCustomControl(NavDialogRef dialog, SInt32 selector, void* parameters
 
 namespace quillmere::windows {
 
-void QueuePickerAnswer(const std::filesystem::path& path) { State().answers.emplace_back(path); }
+void QueuePickerAnswer(const std::filesystem::path& path) {
+  State().answers.emplace_back(path);
+}
 
-void QueuePickerCancel() { State().answers.emplace_back(std::nullopt); }
+void QueuePickerCancel() {
+  State().answers.emplace_back(std::nullopt);
+}
 
-std::size_t QueuedPickerAnswers() { return State().answers.size(); }
+std::size_t QueuedPickerAnswers() {
+  return State().answers.size();
+}
 
-std::string LastPickerMessage() { return State().last_message; }
+std::string LastPickerMessage() {
+  return State().last_message;
+}
 
 }  // namespace quillmere::windows

@@ -1,8 +1,8 @@
 /// Dialogs in which the user chooses a file or folder.
 ///
-/// A dialog is created, run and disposed of. While it runs it reports to its event procedure: 2 when it
-/// opens, 12 when the user has acted, 3 at its end. One dialog runs at a time. Answers can be given in advance
-/// without any dialog being shown, see automation.h. Main thread only.
+/// A dialog is created, run and disposed of. While it runs it reports to its event procedure: 2
+/// when it opens, 12 when the user has acted, 3 at its end. One dialog runs at a time. Answers can
+/// be given in advance without any dialog being shown, see automation.h. Main thread only.
 #pragma once
 
 #include "base_types.h"
@@ -77,8 +77,8 @@ struct NavReplyRecord {
 static_assert(sizeof(NavReplyRecord) == 256);
 
 OSStatus NavGetDefaultDialogCreationOptions(NavDialogCreationOptions* options);
-/// A dialog for existing files. `types` and `preview` are null. A filter decides for each item if it is
-/// shown and may be chosen. paramErr without an event procedure.
+/// A dialog for existing files. `types` and `preview` are null. A filter decides for each item if
+/// it is shown and may be chosen. paramErr without an event procedure.
 OSStatus NavCreateChooseFileDialog(const NavDialogCreationOptions* options, const void* types,
                                    NavEventProcPtr event_procedure, const void* preview,
                                    NavObjectFilterProcPtr filter, void* user_data,
@@ -94,6 +94,6 @@ UInt32 NavDialogGetUserAction(NavDialogRef dialog);
 /// The choice as a new reply; userCanceledErr if there is none.
 OSStatus NavDialogGetReply(NavDialogRef dialog, NavReplyRecord* reply);
 OSStatus NavDisposeReply(NavReplyRecord* reply);
-/// Selector 8 opens the dialog in the folder that the `fsrf` descriptor at `parameters` names (a file:
-/// in its folder).
+/// Selector 8 opens the dialog in the folder that the `fsrf` descriptor at `parameters` names (a
+/// file: in its folder).
 OSStatus NavCustomControl(NavDialogRef dialog, SInt32 selector, void* parameters);

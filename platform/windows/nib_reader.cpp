@@ -40,12 +40,13 @@ int IntAttribute(const QXmlStreamReader& xml, const char* name, int otherwise) {
 /// The set of keys "A::B|A::C" as the number that the enumeration gives it.
 int EnumValue(const QMetaEnum& kind, const QString& text, bool* valid) {
   QStringList keys;
-  for (const QString& key : text.split(QLatin1Char('|'))) keys << key.section(QLatin1String("::"), -1);
+  for (const QString& key : text.split(QLatin1Char('|')))
+    keys << key.section(QLatin1String("::"), -1);
   return kind.keysToValue(keys.join(QLatin1Char('|')).toLatin1().constData(), valid);
 }
 
-/// Builds what one file describes. The reader stands on the start element of what a function is about
-/// when it is called, and on its end element afterwards.
+/// Builds what one file describes. The reader stands on the start element of what a function is
+/// about when it is called, and on its end element afterwards.
 class NibBuilder {
  public:
   NibBuilder(QXmlStreamReader& xml, QString folder, QString menu_bar)
@@ -118,7 +119,8 @@ class NibBuilder {
       return nullptr;
     }
     widget->setObjectName(name);
-    while (xml_.readNextStartElement()) WidgetPart(widget, depth);
+    while (xml_.readNextStartElement())
+      WidgetPart(widget, depth);
     Attach(parent, widget);
     return widget;
   }
@@ -135,7 +137,8 @@ class NibBuilder {
       QAction* action = std::make_unique<QAction>(widget).release();
       action->setObjectName(Attribute(xml_, "name"));
       actions_.insert(action->objectName(), action);
-      while (xml_.readNextStartElement()) Property(action);
+      while (xml_.readNextStartElement())
+        Property(action);
     } else if (part == QLatin1String("addaction")) {
       added_.append({widget, Attribute(xml_, "name")});
       xml_.skipCurrentElement();
@@ -169,10 +172,12 @@ class NibBuilder {
       return nullptr;
     }
     layout->setObjectName(Attribute(xml_, "name"));
-    const QStringList stretch = Attribute(xml_, "stretch").split(QLatin1Char(','), Qt::SkipEmptyParts);
+    const QStringList stretch =
+        Attribute(xml_, "stretch").split(QLatin1Char(','), Qt::SkipEmptyParts);
     const QStringList columns =
         Attribute(xml_, "columnstretch").split(QLatin1Char(','), Qt::SkipEmptyParts);
-    const QStringList rows = Attribute(xml_, "rowstretch").split(QLatin1Char(','), Qt::SkipEmptyParts);
+    const QStringList rows =
+        Attribute(xml_, "rowstretch").split(QLatin1Char(','), Qt::SkipEmptyParts);
     while (xml_.readNextStartElement()) {
       if (xml_.name() == QLatin1String("property")) {
         LayoutProperty(layout);
@@ -183,10 +188,13 @@ class NibBuilder {
       }
     }
     if (auto* box = qobject_cast<QBoxLayout*>(layout)) {
-      for (int i = 0; i < stretch.size(); ++i) box->setStretch(i, stretch[i].toInt());
+      for (int i = 0; i < stretch.size(); ++i)
+        box->setStretch(i, stretch[i].toInt());
     } else if (auto* grid = qobject_cast<QGridLayout*>(layout)) {
-      for (int i = 0; i < columns.size(); ++i) grid->setColumnStretch(i, columns[i].toInt());
-      for (int i = 0; i < rows.size(); ++i) grid->setRowStretch(i, rows[i].toInt());
+      for (int i = 0; i < columns.size(); ++i)
+        grid->setColumnStretch(i, columns[i].toInt());
+      for (int i = 0; i < rows.size(); ++i)
+        grid->setRowStretch(i, rows[i].toInt());
     }
     return layout;
   }
@@ -207,12 +215,15 @@ class NibBuilder {
   }
 
   void Item(QWidget* owner, QLayout* layout, int depth) {
-    Placement place{IntAttribute(xml_, "row", 0), IntAttribute(xml_, "column", 0),
-                    IntAttribute(xml_, "rowspan", 1), IntAttribute(xml_, "colspan", 1),
+    Placement place{IntAttribute(xml_, "row", 0),
+                    IntAttribute(xml_, "column", 0),
+                    IntAttribute(xml_, "rowspan", 1),
+                    IntAttribute(xml_, "colspan", 1),
                     {}};
     if (const QString text = Attribute(xml_, "alignment"); !text.isEmpty()) {
       bool valid = false;
-      place.alignment = Qt::Alignment(EnumValue(QMetaEnum::fromType<Qt::Alignment>(), text, &valid));
+      place.alignment =
+          Qt::Alignment(EnumValue(QMetaEnum::fromType<Qt::Alignment>(), text, &valid));
     }
     auto* grid = qobject_cast<QGridLayout*>(layout);
     auto* box = qobject_cast<QBoxLayout*>(layout);
@@ -221,7 +232,8 @@ class NibBuilder {
         QWidget* widget = Widget(owner, depth + 1);
         if (widget == nullptr) return;
         if (grid != nullptr) {
-          grid->addWidget(widget, place.row, place.column, place.rows, place.columns, place.alignment);
+          grid->addWidget(widget, place.row, place.column, place.rows, place.columns,
+                          place.alignment);
         } else {
           box->addWidget(widget, 0, place.alignment);
         }
@@ -229,7 +241,8 @@ class NibBuilder {
         QLayout* inner = Layout(owner, depth + 1);
         if (inner == nullptr) return;
         if (grid != nullptr) {
-          grid->addLayout(inner, place.row, place.column, place.rows, place.columns, place.alignment);
+          grid->addLayout(inner, place.row, place.column, place.rows, place.columns,
+                          place.alignment);
         } else {
           box->addLayout(inner);
         }
@@ -257,10 +270,9 @@ class NibBuilder {
         vertical = value.toString().endsWith(QLatin1String("Vertical"));
       }
     }
-    return std::make_unique<QSpacerItem>(
-               hint.width(), hint.height(),
-               vertical ? QSizePolicy::Minimum : QSizePolicy::Expanding,
-               vertical ? QSizePolicy::Expanding : QSizePolicy::Minimum)
+    return std::make_unique<QSpacerItem>(hint.width(), hint.height(),
+                                         vertical ? QSizePolicy::Minimum : QSizePolicy::Expanding,
+                                         vertical ? QSizePolicy::Expanding : QSizePolicy::Minimum)
         .release();
   }
 
@@ -288,7 +300,8 @@ class NibBuilder {
   /// The value inside a property element.
   QVariant Value(const QMetaEnum& values) {
     QVariant value;
-    while (xml_.readNextStartElement()) value = TypedValue(values);
+    while (xml_.readNextStartElement())
+      value = TypedValue(values);
     return value;
   }
 
@@ -320,7 +333,9 @@ class NibBuilder {
       const QString field = xml_.name().toString();
       fields.insert(field, xml_.readElementText());
     }
-    const auto number = [&fields](const char* name) { return fields.value(QLatin1String(name)).toInt(); };
+    const auto number = [&fields](const char* name) {
+      return fields.value(QLatin1String(name)).toInt();
+    };
     if (type == QLatin1String("rect")) {
       return QRect(number("x"), number("y"), number("width"), number("height"));
     }
@@ -390,8 +405,8 @@ QString ClassOfNibObject(const QString& path, const QString& name, bool* well_fo
   const bool open = file.open(QIODevice::ReadOnly);
   QXmlStreamReader xml(&file);
   while (open && !xml.atEnd()) {
-    if (xml.readNext() == QXmlStreamReader::StartElement &&
-        xml.name() == QLatin1String("widget") && Attribute(xml, "name") == name) {
+    if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == QLatin1String("widget") &&
+        Attribute(xml, "name") == name) {
       found = Attribute(xml, "class");
     }
   }

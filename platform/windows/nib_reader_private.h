@@ -1,5 +1,5 @@
-/// Builds widgets from a file in Qt Designer's format. It knows the widgets, layouts and property kinds
-/// that dialogs use, and fails on what it does not know rather than showing half a window.
+/// Builds widgets from a file in Qt Designer's format. It knows the widgets, layouts and property
+/// kinds that dialogs use, and fails on what it does not know rather than showing half a window.
 #pragma once
 
 #include <QString>
@@ -8,8 +8,8 @@
 
 namespace quillmere::windows {
 
-/// Finds the class of the object called `name` in the file; empty if there is none. `well_formed` (may be null)
-/// tells if the whole file could be read.
+/// Finds the class of the object called `name` in the file; empty if there is none. `well_formed`
+/// (may be null) tells if the whole file could be read.
 QString ClassOfNibObject(const QString& path, const QString& name, bool* well_formed);
 
 /// Builds the top-level widget of the file; null if the file can't be read or holds something

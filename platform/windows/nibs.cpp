@@ -39,7 +39,9 @@ OSStatus CreateNibReference(CFStringRef name, IBNibRef* nib) {
   return noErr;
 }
 
-void DisposeNibReference(IBNibRef nib) { const std::unique_ptr<NibRecord> last(nib); }
+void DisposeNibReference(IBNibRef nib) {
+  const std::unique_ptr<NibRecord> last(nib);
+}
 
 OSStatus SetMenuBarFromNib(IBNibRef nib, CFStringRef name) {
   if (nib == nullptr) return paramErr;

@@ -1,9 +1,10 @@
 /// Nibs: user-interface files of the bundle, in Qt Designer's format, read at run time.
 ///
-/// A nib "main" is the resource file "main.ui". Its window and menu bar are found by object name. A widget is a
-/// control if it has the dynamic properties `signature` (four characters) and `number`; a menu item with the dynamic
-/// property `command` (four characters) sends that command. Beside Designer's own classes a nib
-/// may name `ImageView` and `StaticText` as promoted widgets. Main thread only.
+/// A nib "main" is the resource file "main.ui". Its window and menu bar are found by object name. A
+/// widget is a control if it has the dynamic properties `signature` (four characters) and `number`;
+/// a menu item with the dynamic property `command` (four characters) sends that command. Beside
+/// Designer's own classes a nib may name `ImageView` and `StaticText` as promoted widgets. Main
+/// thread only.
 #pragma once
 
 #include "base_types.h"

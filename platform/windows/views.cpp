@@ -312,8 +312,9 @@ QImage PaintedBackground(ViewRecord* control, QSize size) {
   pixels.fill(0);
   const CGColorSpaceRef space = CGColorSpaceCreateWithName(kCGColorSpaceGenericRGB);
   const Owned<CGContextRef> context(CGBitmapContextCreate(
-      pixels.bits(), static_cast<std::size_t>(size.width()), static_cast<std::size_t>(size.height()),
-      8, static_cast<std::size_t>(pixels.bytesPerLine()), space, kCGImageAlphaPremultipliedFirst));
+      pixels.bits(), static_cast<std::size_t>(size.width()),
+      static_cast<std::size_t>(size.height()), 8, static_cast<std::size_t>(pixels.bytesPerLine()),
+      space, kCGImageAlphaPremultipliedFirst));
   CGColorSpaceRelease(space);
   EventRef event = nullptr;
   if (!context ||

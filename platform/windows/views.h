@@ -1,8 +1,8 @@
 /// Controls and what is drawn in them.
 ///
-/// A control is reached by its window, a signature and a number. References stay safe to pass after the window has
-/// gone; calls then give errInvalidWindowRef. Rectangles are in the window system's logical pixels, y down,
-/// frames in the coordinates of the enclosing view. Main thread only.
+/// A control is reached by its window, a signature and a number. References stay safe to pass after
+/// the window has gone; calls then give errInvalidWindowRef. Rectangles are in the window system's
+/// logical pixels, y down, frames in the coordinates of the enclosing view. Main thread only.
 #pragma once
 
 #include "base_types.h"
@@ -50,8 +50,8 @@ OSStatus HIViewGetFrame(HIViewRef view, HIRect* frame);
 OSStatus HIViewSetFrame(HIViewRef view, const HIRect* frame);
 /// The view's own rectangle, with its origin at 0, 0.
 OSStatus HIViewGetBounds(HIViewRef view, HIRect* bounds);
-/// Hits the control as a click does: its hit event is sent at once. errControlIsNotActive if it is inactive.
-/// `part` and `modifiers` are 0; `part_hit` may be null.
+/// Hits the control as a click does: its hit event is sent at once. errControlIsNotActive if it is
+/// inactive. `part` and `modifiers` are 0; `part_hit` may be null.
 OSStatus HIViewSimulateClick(HIViewRef view, ControlPartCode part, UInt32 modifiers,
                              ControlPartCode* part_hit);
 

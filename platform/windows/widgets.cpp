@@ -33,7 +33,9 @@ void ImageView::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() == Qt::LeftButton && rect().contains(event->pos()) && on_hit) on_hit();
 }
 
-StaticText::StaticText(QWidget* parent) : QLabel(parent) { setTextFormat(Qt::PlainText); }
+StaticText::StaticText(QWidget* parent) : QLabel(parent) {
+  setTextFormat(Qt::PlainText);
+}
 
 void StaticText::SetContent(const QString& text) {
   if (text == content_) return;

@@ -30,8 +30,8 @@ class ImageView : public QWidget {
   QImage scaled_;  ///< at the size last painted
 };
 
-/// A line of plain text that is shortened in its middle when it does not fit, and then shown whole in
-/// its tool tip. When it is empty it shows the dynamic property `placeholder`, dimmed.
+/// A line of plain text that is shortened in its middle when it does not fit, and then shown whole
+/// in its tool tip. When it is empty it shows the dynamic property `placeholder`, dimmed.
 class StaticText : public QLabel {
  public:
   explicit StaticText(QWidget* parent);

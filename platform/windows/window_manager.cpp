@@ -12,7 +12,8 @@ namespace {
 
 using namespace quillmere::windows;
 
-/// Windows ever made. They are kept to the end of the process, so that any reference can be checked.
+/// Windows ever made. They are kept to the end of the process, so that any reference can be
+/// checked.
 std::vector<std::unique_ptr<WindowRecord>>& Windows() {
   static std::vector<std::unique_ptr<WindowRecord>> windows;
   return windows;
@@ -38,9 +39,8 @@ void ConnectMenu(WindowRef window, QWidget* widget) {
   for (QAction* action : widget->findChildren<QAction*>()) {
     const OSType command = CodeOfText(action->property("command").toString());
     if (command == 0) continue;
-    QObject::connect(action, &QAction::triggered, action, [window, command] {
-      PostCommand(command, kHICommandFromMenu, window);
-    });
+    QObject::connect(action, &QAction::triggered, action,
+                     [window, command] { PostCommand(command, kHICommandFromMenu, window); });
   }
 }
 
@@ -82,7 +82,8 @@ void DisposeWindow(WindowRef window) {
   QWidget* widget = window->widget;
   window->widget = nullptr;
   window->root.widget = nullptr;
-  for (const auto& control : window->controls) control->widget = nullptr;
+  for (const auto& control : window->controls)
+    control->widget = nullptr;
   widget->hide();
   // One of the window's own widgets may be on the stack, under the handler that closes it.
   widget->deleteLater();
@@ -135,7 +136,8 @@ WindowRef FrontWindow() {
 }
 
 void DisposeAllWindows() {
-  for (const auto& window : Windows()) DisposeWindow(window.get());
+  for (const auto& window : Windows())
+    DisposeWindow(window.get());
 }
 
 }  // namespace quillmere::windows

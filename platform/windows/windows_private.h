@@ -25,8 +25,8 @@ struct EventTarget {
   std::vector<InstalledHandler> handlers;
 };
 
-/// A control, or the root view of a window. Records live as long as the process, so that a reference
-/// can be checked at any time; `widget` is null once the window has gone.
+/// A control, or the root view of a window. Records live as long as the process, so that a
+/// reference can be checked at any time; `widget` is null once the window has gone.
 struct ViewRecord {
   HIViewID id{};
   WindowRef window = nullptr;
@@ -58,7 +58,8 @@ QApplication& Application();
 /// True when nothing that is shown or played reaches a person.
 bool RunsWithoutDisplay();
 
-/// Takes a built window into the register: finds its controls and connects what the user can do to them.
+/// Takes a built window into the register: finds its controls and connects what the user can do to
+/// them.
 WindowRef RegisterWindow(std::unique_ptr<QWidget> widget);
 /// Closes every window.
 void DisposeAllWindows();
@@ -69,8 +70,8 @@ void ConnectControl(ViewRecord* control);
 void PostHit(ViewRecord* control);
 /// Posts a command; `window` is where it came from, null for none.
 void PostCommand(OSType command, UInt32 attributes, WindowRef window);
-/// Calls the draw handlers of a control that is `size` pixels large and gives back what they painted: the
-/// pixels' alpha is premultiplied. Null image if the control has no draw handlers.
+/// Calls the draw handlers of a control that is `size` pixels large and gives back what they
+/// painted: the pixels' alpha is premultiplied. Null image if the control has no draw handlers.
 QImage PaintedBackground(ViewRecord* control, QSize size);
 
 QString ToQString(CFStringRef string);

@@ -45,9 +45,8 @@ SInt32 GL_GetDialogItemMaxByID(WindowRef window, OSType signature, SInt32 number
 
 SInt32 GL_ActivateDialogItemByID(WindowRef window, OSType signature, SInt32 number,
                                  Boolean active) {
-  return WithControl(window, signature, number, [active](HIViewRef control) {
-    return HIViewSetActivated(control, active);
-  });
+  return WithControl(window, signature, number,
+                     [active](HIViewRef control) { return HIViewSetActivated(control, active); });
 }
 
 SInt32 GL_IsDialogItemActiveByID(WindowRef window, OSType signature, SInt32 number,
@@ -99,8 +98,8 @@ SInt32 GL_CopyDialogItemTextByID(WindowRef window, OSType signature, SInt32 numb
 
 SInt32 GL_SetDialogItemTextIntByID(WindowRef window, OSType signature, SInt32 number,
                                    SInt32 value) {
-  const quillmere::Owned<CFStringRef> text(
-      CFStringCreateWithFormat(kCFAllocatorDefault, nullptr, CFSTR("%ld"), static_cast<long>(value)));
+  const quillmere::Owned<CFStringRef> text(CFStringCreateWithFormat(
+      kCFAllocatorDefault, nullptr, CFSTR("%ld"), static_cast<long>(value)));
   return GL_SetDialogItemTextByID(window, signature, number, text.get());
 }
 

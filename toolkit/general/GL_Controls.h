@@ -1,8 +1,8 @@
 /// Dialog items: controls reached by window, signature and number.
 ///
-/// Each operation finds the control and makes one call on it. The result is the first failing status:
-/// errUnknownControl for a wrong number, errInvalidWindowRef once the window has gone, or that of the
-/// call; outputs then stay as they were. Main thread only.
+/// Each operation finds the control and makes one call on it. The result is the first failing
+/// status: errUnknownControl for a wrong number, errInvalidWindowRef once the window has gone, or
+/// that of the call; outputs then stay as they were. Main thread only.
 #pragma once
 
 #include "base_types.h"

@@ -21,10 +21,12 @@ SInt32 GL_PostQuitEvent() {
   const quillmere::AtExit release([event] { ReleaseEvent(event); });
   HICommand command{};
   command.commandID = kHICommandQuit;
-  status = SetEventParameter(event, kEventParamDirectObject, typeHICommand, sizeof command,
-                             &command);
+  status =
+      SetEventParameter(event, kEventParamDirectObject, typeHICommand, sizeof command, &command);
   if (status != noErr) return status;
   return PostEventToQueue(GetMainEventQueue(), event, kEventPriorityStandard);
 }
 
-void GL_SysBeep() { AudioServicesPlayAlertSound(kUserPreferredAlert); }
+void GL_SysBeep() {
+  AudioServicesPlayAlertSound(kUserPreferredAlert);
+}

@@ -3,8 +3,8 @@
 
 #include "base_types.h"
 
-/// Delivers events until none is left, so that long work on the main thread keeps the windows alive.
-/// Any handler may run inside it. Returns the status that ended it.
+/// Delivers events until none is left, so that long work on the main thread keeps the windows
+/// alive. Any handler may run inside it. Returns the status that ended it.
 SInt32 GL_HandlePendingEvents();
 /// Posts the command `quit` to the main queue.
 SInt32 GL_PostQuitEvent();

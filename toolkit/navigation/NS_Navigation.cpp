@@ -2,7 +2,7 @@
 
 #include "GL_File.h"
 #include "GL_Memory.h"
-#include "GL_Strings.h"
+#include "GL_Strings_Unicode.h"
 #include "MF_FileObjects.h"
 #include "reference_counted.h"
 
@@ -102,7 +102,7 @@ SInt32 NS_GetSingleFolderFromUser(NavEventProcPtr event_procedure, NavObjectFilt
   status = NavCreateChooseFolderDialog(&options, event_procedure, filter, &record, &dialog);
   if (status != noErr) return status;
   const AtExit dispose([dialog] { NavDialogDispose(dialog); });
-  if (GL_FSRefValid(folder)) {
+  if (MF_FSRefValid(folder)) {
     status = SetLocation(dialog, folder);
     if (status != noErr) return status;
   }
@@ -133,8 +133,8 @@ SInt32 NS_GetSingleFileObjectFromAEDescList(const AEDescList* list, FSRef* refer
 }
 
 SInt32 NS_GetNthFileObjectFromAEDescList(const AEDescList* list, SInt32 index, FSRef* reference) {
-  const OSErr status = AEGetNthPtr(list, index, typeFSRef, nullptr, nullptr, reference,
-                                   sizeof *reference, nullptr);
+  const OSErr status =
+      AEGetNthPtr(list, index, typeFSRef, nullptr, nullptr, reference, sizeof *reference, nullptr);
   if (status != noErr) *reference = {};
   return status;
 }
@@ -164,9 +164,9 @@ Boolean NS_FileExtensionFilter(AEDesc* item, void* info, void* callback_record, 
       GL_CopyFileDirNameAsCFString(&file, name.out()) != noErr) {
     return 0;
   }
-  constexpr SInt32 kStopAtFullStop = 1;
-  CFIndex length = 0;
+  constexpr UInt32 kStopAtFullStop = 1;
+  SInt32 length = 0;
   const Owned<CFStringRef> end(GL_CopyCFNameEndString(
-      name.get(), &length, CFStringGetLength(extension), kStopAtFullStop));
+      name.get(), &length, static_cast<SInt32>(CFStringGetLength(extension)), kStopAtFullStop));
   return GL_EqualCFStr(end.get(), extension);
 }

@@ -12,15 +12,16 @@ inline constexpr SInt32 kNS_NoEventProcErr = 25002;
 
 /// What the event procedure and the filters of one dialog share; zeroed before each.
 struct NS_CallbackRec {
-  Boolean done;           ///< the dialog is over
-  FSRef startLocation;    ///< where the dialog opens, if valid
-  NavReplyRecord reply;   ///< filled by the event procedure
-  UInt32 userAction;      ///< what the user did last
-  SInt32 replyStatus;     ///< the status of the dialog as a whole
-  const void* filterData; ///< for NS_FileExtensionFilter: a CFStringRef
+  Boolean done;            ///< the dialog is over
+  FSRef startLocation;     ///< where the dialog opens, if valid
+  NavReplyRecord reply;    ///< filled by the event procedure
+  UInt32 userAction;       ///< what the user did last
+  SInt32 replyStatus;      ///< the status of the dialog as a whole
+  const void* filterData;  ///< for NS_FileExtensionFilter: a CFStringRef
 };
 
-/// The event procedure that all dialogs share: opens the start location, and takes the reply when the user has acted.
+/// The event procedure that all dialogs share: opens the start location, and takes the reply when
+/// the user has acted.
 void NS_EventProcPrototype(SInt32 selector, NavCBRec* parameters, void* callback_record);
 /// An event procedure that does nothing.
 void NS_DummyEventHandler(SInt32 selector, NavCBRec* parameters, void* callback_record);
@@ -31,7 +32,8 @@ void NS_DummyEventHandler(SInt32 selector, NavCBRec* parameters, void* callback_
 SInt32 NS_GetSingleFileFromUser(NavEventProcPtr event_procedure, NavObjectFilterProcPtr filter,
                                 const void* filter_data, CFStringRef client_name,
                                 CFStringRef message, FSRef* file);
-/// Lets the user choose one folder; the same. The dialog opens in `folder` if that is valid and not in the trash.
+/// Lets the user choose one folder; the same. The dialog opens in `folder` if that is valid and not
+/// in the trash.
 SInt32 NS_GetSingleFolderFromUser(NavEventProcPtr event_procedure, NavObjectFilterProcPtr filter,
                                   const void* filter_data, CFStringRef message, FSRef* folder);
 
