@@ -14,7 +14,6 @@
 #include "MF_FileObjects.h"
 #include "QM_main.h"
 #include "QM_still.h"
-#include "QT_General.h"
 #include "QT_Movie_File.h"
 #include "QT_Movie_Info.h"
 #include "QT_Pictures.h"

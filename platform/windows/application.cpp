@@ -2,6 +2,8 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 
+#include <cstdio>
+
 #include "automation.h"
 #include "windows_private.h"
 
@@ -14,6 +16,13 @@ int argument_count = 1;
 char program_name[] = "quillmere";
 char* arguments[] = {program_name, nullptr};
 
+/// Qt's remarks on what an offscreen desktop lacks are of no use to who runs a command.
+void DropRemarks(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+  if (type == QtCriticalMsg || type == QtFatalMsg) {
+    std::fprintf(stderr, "%s\n", message.toLocal8Bit().constData());
+  }
+}
+
 }  // namespace
 
 QApplication& Application() {
@@ -22,6 +31,9 @@ QApplication& Application() {
   static QApplication* application = [] {
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillmere"));
     QGuiApplication::setDesktopFileName(QStringLiteral("quillmere"));
+    if (qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("offscreen")) {
+      qInstallMessageHandler(DropRemarks);
+    }
     auto made = std::make_unique<QApplication>(argument_count, arguments);
     made->setQuitOnLastWindowClosed(false);
     return made.release();

@@ -32,8 +32,7 @@ void NS_DummyEventHandler(SInt32 selector, NavCBRec* parameters, void* callback_
 SInt32 NS_GetSingleFileFromUser(NavEventProcPtr event_procedure, NavObjectFilterProcPtr filter,
                                 const void* filter_data, CFStringRef client_name,
                                 CFStringRef message, FSRef* file);
-/// Lets the user choose one folder; the same. The dialog opens in `folder` if that is valid and not
-/// in the trash.
+/// Lets the user choose one folder; the same. The dialog opens in `folder` if that is valid.
 SInt32 NS_GetSingleFolderFromUser(NavEventProcPtr event_procedure, NavObjectFilterProcPtr filter,
                                   const void* filter_data, CFStringRef message, FSRef* folder);
 
