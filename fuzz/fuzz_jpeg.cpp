@@ -1,0 +1,6 @@
+// The JPEG reader: headers from a file, and decoding from memory.
+#include "picture_fuzzing.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  return quillmere::fuzzing::ReadPicture("\xFF\xD8\xFF", {data, size});
+}
