@@ -169,7 +169,8 @@ std::vector<UInt8> MakeRecord(const fs::path& path) {
   const std::string name = path.filename().native();
   std::vector<UInt8> record(kFixedSize);
   Write16(2, record, kVersionAt);
-  Write16(fs::is_directory(path) ? 1 : 0, record, kKindAt);
+  std::error_code ignored;  // what can't be looked at counts as a file
+  Write16(fs::is_directory(path, ignored) ? 1 : 0, record, kKindAt);
   WritePascal(volume, kVolumeNameRoom, record, kVolumeNameAt);
   Write16(0x482B, record, kVolumeSignatureAt);  // "H+"
   Write32(InodeOf(path.parent_path()), record, kParentNumberAt);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "aliases.h"
 #include "catalogue.h"
 #include "file_references.h"
 #include "test_files.h"
@@ -123,6 +124,19 @@ TEST(Places, PathsAreBroughtToOneForm) {
     EXPECT_EQ(Place(Reference(folder / form)), folder / "sub") << form;
   }
   EXPECT_EQ(Place(Reference("/")), "/");
+}
+
+TEST(Places, LinkToItselfCanBeListedAndRemembered) {
+  const TemporaryFolder folder;
+  fs::create_symlink("loop", folder / "loop");
+  const std::vector<FSRef> listed = List(folder.path());
+  ASSERT_EQ(listed.size(), 1U);
+  AliasHandle alias = nullptr;
+  ASSERT_EQ(FSNewAlias(nullptr, &listed[0], &alias), noErr);
+  FSRef found;
+  EXPECT_EQ(FSResolveAlias(nullptr, alias, &found, nullptr), noErr);
+  EXPECT_EQ(FSCompareFSRefs(&found, &listed[0]), 0);
+  DisposeHandle(alias);
 }
 
 TEST(Places, BytesThatAreNoReferenceLeadNowhere) {
