@@ -289,7 +289,7 @@ class FragmentCollector {
     const UInt64 samples = track->samples + count;
     if (!fields.ok() || samples > kMaximumSamples) return false;
     const UInt64 bytes_before = track->bytes;
-    const auto own = static_cast<unsigned>(
+    const auto own = static_cast<std::size_t>(
         __builtin_popcount(flags & (kHasDurations | kHasSizes | kHasFlags | kHasCompositions)));
     if (own == 0) {
       if (!AddEqualSamples(count, first_flags, defaults, track)) return false;
@@ -608,7 +608,7 @@ OSStatus UpdateDurations(std::vector<TrackSamples>* tracks, Atom* movie) {
   }
   UInt64 movie_duration = header.duration;
   for (const TrackSamples& track : *tracks) {
-    if (track.samples == track.old_samples) continue;
+    if (track.samples == track.old_samples || earliest == nullptr) continue;
     const auto origin = static_cast<SInt64>(
         Rescale(static_cast<UInt64>(earliest->start_time), earliest->time_scale, track.time_scale));
     UInt64 duration = 0;
