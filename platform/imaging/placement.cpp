@@ -147,6 +147,15 @@ bool AffineMap::IsWholeMove() const {
   return xx == 1 && yy == 1 && xy == 0 && yx == 0 && IsWhole(x0) && IsWhole(y0);
 }
 
+AffineMap MapOfOrientation(UInt8 orientation, UInt32 width, UInt32 height) {
+  const double w = width;
+  const double h = height;
+  const AffineMap maps[] = {{1, 0, 0, 1, 0, 0},   {-1, 0, 0, 1, w, 0}, {-1, 0, 0, -1, w, h},
+                            {1, 0, 0, -1, 0, h},  {0, 1, 1, 0, 0, 0},  {0, 1, -1, 0, h, 0},
+                            {0, -1, -1, 0, h, w}, {0, -1, 1, 0, 0, w}};
+  return maps[orientation >= 1 && orientation <= 8 ? orientation - 1 : 0];
+}
+
 void DrawPicture(const PixelBlock& picture, bool opaque, const AffineMap& map, const Blend& blend,
                  const PixelBlock& frame) {
   if (picture.width == 0 || picture.height == 0 || !std::isfinite(map.x0 + map.y0)) return;

@@ -15,7 +15,12 @@ struct AffineMap {
 
   /// True if the map moves by whole pixels and does nothing else.
   bool IsWholeMove() const;
+  friend bool operator==(const AffineMap&, const AffineMap&) = default;
 };
+
+/// The map that stands a picture of that size as encoded upright, its corner at 0, 0; orientation 1
+/// to 8 as in TIFF.
+AffineMap MapOfOrientation(UInt8 orientation, UInt32 width, UInt32 height);
 
 /// Draws the picture into the frame, cut to it. Maps that only move by whole pixels, mirror or turn
 /// by quarters move pixels exactly. All others take a pixel whose centre falls into the picture by

@@ -116,13 +116,13 @@ class Composition {
     imaging::ImageShape shape;
     status = imaging::ReadImageShape(bytes, turn, &shape);
     if (status != noErr) return status;
-    const bool covers = is_back && EntryOf(sample.graphics_mode).blend == BlendMode::kCopy &&
-                        shape.width == frame_.width && shape.height == frame_.height;
+    if (shape.format != "jpeg"_4cc) return imaging::kImageUnknownType;
     const AffineMap map = MapOf(sample, shape.width, shape.height, left_, top_);
-    if (covers && map.IsWholeMove() && map.x0 == 0 && map.y0 == 0) {
+    Turn direct = Turn::kAsEncoded;
+    if (is_back && EntryOf(sample.graphics_mode).blend == BlendMode::kCopy &&
+        CoversFrame(bytes, map, turn, shape, &direct)) {
       std::string warning;
-      status = shape.format == "jpeg"_4cc ? imaging::DecodeJpegInto(bytes, turn, frame_, &warning)
-                                          : imaging::kImageUnknownType;
+      status = imaging::DecodeJpegInto(bytes, direct, frame_, &warning);
       Note(warning);
       return status;
     }
@@ -132,6 +132,22 @@ class Composition {
     Note(image.warning);
     Place(sample, image, is_back);
     return noErr;
+  }
+
+  /// Whether the picture covers the frame pixel by pixel, and how it is decoded then: as it lies,
+  /// or turned by its own tag where the map does just the same.
+  bool CoversFrame(std::span<const UInt8> bytes, const AffineMap& map, Turn turn,
+                   const imaging::ImageShape& shape, Turn* direct) const {
+    const auto fits = [this](const imaging::ImageShape& one) {
+      return one.width == frame_.width && one.height == frame_.height;
+    };
+    *direct = turn;
+    if (map == AffineMap{}) return fits(shape);
+    imaging::ImageShape upright;
+    *direct = Turn::kUpright;
+    return turn == Turn::kAsEncoded &&
+           imaging::ReadImageShape(bytes, Turn::kUpright, &upright) == noErr && fits(upright) &&
+           map == imaging::MapOfOrientation(upright.orientation, shape.width, shape.height);
   }
 
   OSStatus DrawPng(const VisibleSample& sample, bool is_back) {

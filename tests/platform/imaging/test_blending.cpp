@@ -136,10 +136,6 @@ DecodedImage CountedPicture(UInt32 width, UInt32 height) {
 TEST(Placement, QuarterTurnsAndMirrorsMovePixelsExactly) {
   const UInt32 w = 13, h = 7;
   const DecodedImage picture = CountedPicture(w, h);
-  // By orientation 1 to 8: how the encoded picture is laid down upright.
-  const AffineMap maps[] = {{1, 0, 0, 1, 0, 0},   {-1, 0, 0, 1, w, 0}, {-1, 0, 0, -1, w, h},
-                            {1, 0, 0, -1, 0, h},  {0, 1, 1, 0, 0, 0},  {0, 1, -1, 0, h, 0},
-                            {0, -1, -1, 0, h, w}, {0, -1, 1, 0, 0, w}};
   for (UInt8 orientation = 1; orientation <= 8; ++orientation) {
     DecodedImage expected, drawn;
     const bool swap = SwapsSides(orientation);
@@ -147,7 +143,7 @@ TEST(Placement, QuarterTurnsAndMirrorsMovePixelsExactly) {
     ASSERT_EQ(AllocateImage(swap ? h : w, swap ? w : h, &drawn), noErr);
     PlaceRows(picture.block, 0, orientation, expected.block);
     FillBlack(drawn.block);
-    DrawPicture(picture.block, true, maps[orientation - 1], {}, drawn.block);
+    DrawPicture(picture.block, true, MapOfOrientation(orientation, w, h), {}, drawn.block);
     EXPECT_EQ(PixelsOf(drawn.block), PixelsOf(expected.block)) << int{orientation};
   }
 }
