@@ -64,7 +64,7 @@ class JpegReader {
   }
 
   UInt8 Orientation() const {
-    for (const jpeg_saved_marker_ptr marker : Markers()) {
+    for (const jpeg_marker_struct* marker : Markers()) {
       if (marker->marker != JPEG_APP0 + 1) continue;
       const std::span<const UInt8> exif = ExifOfSegment({marker->data, marker->data_length});
       if (!exif.empty()) return ParseExif(exif).orientation;

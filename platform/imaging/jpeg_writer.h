@@ -18,10 +18,10 @@ struct JpegOptions {
 };
 
 /// Writes a JFIF file in sRGB, baseline, chroma halved both ways (4:2:0), with the standard Huffman
-/// tables: a third smaller tables' gain is not worth a second pass over the picture. The density
-/// goes in whole dots per inch, or per centimetre where only that is exact. The file is written
-/// under a hidden name beside `path` and renamed when it is complete and on its disk's cache; a
-/// failure leaves an older file as it was and nothing else behind. Statuses of the files family,
+/// tables: tables made for the picture would cost a second pass over it. The density goes in whole
+/// dots per inch, or per centimetre where only that is exact.
+/// The file is written under a hidden name beside `path` and renamed when it is complete; a failure
+/// leaves an older file as it was and nothing else behind. Statuses of the files family,
 /// memFullErr, or paramErr for a picture of no or more than 65,500 pixels a side.
 OSStatus WriteJpegFile(const PixelBlock& picture, PixelOrder order, const JpegOptions& options,
                        const std::filesystem::path& path);
