@@ -126,7 +126,7 @@ class PngReader {
     std::vector<png_bytep> rows(target.height);
     for (UInt32 y = 0; y < target.height; ++y)
       rows[y] = target.Row(y);
-    png_bytepp const row_pointers = rows.data();
+    png_byte** const row_pointers = rows.data();
     const bool read = Try([&] {
       png_read_image(png_, row_pointers);
       png_read_end(png_, nullptr);
