@@ -31,10 +31,12 @@ UInt32 FreeTrackId(const MovieRecord& movie) {
 /// stays. Returns its position.
 std::size_t InsertTrackAtom(Atom* moov, Atom trak) {
   std::vector<Atom>& children = moov->children();
+  constexpr OSType kTrack = "trak"_4cc;
+  constexpr OSType kMovieHeader = "mvhd"_4cc;
   std::size_t place = 0;
   for (std::size_t i = 0; i < children.size(); ++i) {
     const OSType type = children[i].type();
-    if (type == "trak"_4cc || (type == "mvhd"_4cc && place == 0)) place = i + 1;
+    if (type == kTrack || (type == kMovieHeader && place == 0)) place = i + 1;
   }
   if (place == children.size()) {
     moov->Add(std::move(trak));
@@ -44,21 +46,20 @@ std::size_t InsertTrackAtom(Atom* moov, Atom trak) {
   return place;
 }
 
+/// The track's `tkhd` and what it says; null when there is none that reads.
+Atom* FindTrackHeader(Track track, TrackHeader* header) {
+  Atom* tkhd = track != nullptr ? TrackAtom(*track).Find("tkhd"_4cc) : nullptr;
+  return tkhd != nullptr && ReadTrackHeader(*tkhd, header) ? tkhd : nullptr;
+}
+
 /// Reads a track's header, lets `change` change it and writes it back.
 template <class Change>
 void ChangeTrackHeader(Track track, Change change) {
-  if (track == nullptr) {
-    NoteStatus(invalidTrack);
-    return;
-  }
-  Atom* tkhd = TrackAtom(*track).Find("tkhd"_4cc);
   TrackHeader header;
-  if (tkhd == nullptr || !ReadTrackHeader(*tkhd, &header)) {
-    NoteStatus(invalidTrack);
-    return;
-  }
-  change(&header);
-  NoteStatus(WriteTrackHeader(tkhd, header) ? noErr : OSStatus{invalidTrack});
+  Atom* tkhd = FindTrackHeader(track, &header);
+  if (tkhd != nullptr) change(&header);
+  const bool changed = tkhd != nullptr && WriteTrackHeader(tkhd, header);
+  NoteStatus(changed ? noErr : OSStatus{invalidTrack});
 }
 
 TrackHeader HeaderOf(Track track) {

@@ -101,11 +101,10 @@ inline OSStatus Flatten(Movie movie, const std::filesystem::path& output,
   OSStatus status = files::ReferenceOf(output.parent_path(), &folder);
   if (status != noErr) return status;
   const Owned<CFStringRef> name(CreateFromUtf8(output.filename().string()));
-  status =
-      QTNewDataReferenceFromFSRefCFString(&folder, name.get(), 0, reference.out(), &type);
+  status = QTNewDataReferenceFromFSRefCFString(&folder, name.get(), 0, reference.out(), &type);
   if (status != noErr) return status;
-  FlattenMovieDataToDataRef(movie, flattenAddMovieToDataFork, reference.get(), type, "TVOD"_4cc,
-                            -1, flags);
+  FlattenMovieDataToDataRef(movie, flattenAddMovieToDataFork, reference.get(), type, "TVOD"_4cc, -1,
+                            flags);
   return GetMoviesError();
 }
 
