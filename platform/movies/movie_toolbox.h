@@ -2,8 +2,8 @@
 ///
 /// A Movie, its Tracks and their Media belong to one movie; DisposeMovie frees them all. Indices of
 /// tracks and data references count from 1. Times are in the movie's or media's own time scale.
-/// Functions without a status of their own leave it in GetMoviesError. One thread at a time works on
-/// one movie.
+/// Functions without a status of their own leave it in GetMoviesError. One thread at a time works
+/// on one movie.
 #pragma once
 
 #include "aliases.h"
@@ -25,9 +25,9 @@ using MediaHandler = MediaRecord*;
 using GraphicsImportComponent = ImporterRecord*;
 using QTVisualContextRef = QTVisualContext*;
 
-/// An image description in native byte order: the 86-byte record, then extension atoms as in the file
-/// (big-endian). The offsets are fixed: cType at 4, two reserved fields at 8 (32 bits) and 12 (16
-/// bits), dataRefIndex at 14, width at 32, height at 34, depth at 82, colour table id at 84.
+/// An image description in native byte order: the 86-byte record, then extension atoms as in the
+/// file (big-endian). The offsets are fixed: cType at 4, two reserved fields at 8 (32 bits) and 12
+/// (16 bits), dataRefIndex at 14, width at 32, height at 34, depth at 82, colour table id at 84.
 using ImageDescriptionHandle = Handle;
 /// Any sample description, in the same form.
 using SampleDescriptionHandle = Handle;
@@ -80,18 +80,22 @@ struct QTNewMoviePropertyElement {
 inline constexpr UInt32 kQTDontUseDataToFindImporter = 1;
 
 /// Tells whether the file of a data reference can be opened with a graphics importer, as a movie,
-/// and whether the importer is preferred; each output may be null. With flag 1 only the name and
-/// type decide where they can, and the content where they can't. A file of an unknown kind gives status 0 and three
-/// false answers.
+/// and whether the importer is preferred; each output may be null. Movies are QuickTime and ISO
+/// files; PNG and JPEG files open both ways, the importer preferred. With flag 1 the name's
+/// extension decides (mov, qt, moov, mp4, m4v, m4a, m4b, m4p, mpg4, mqv, 3gp, 3gpp, 3g2, 3gp2; png,
+/// jpg, jpeg, jpe, jfif; in any case), then the Finder type; the content is read only when the name
+/// has no extension and the type tells nothing. A file of an unknown kind, or a folder, gives
+/// status 0 and three false answers.
 OSErr CanQuickTimeOpenDataRef(Handle data_reference, OSType type, Boolean* can_open_with_importer,
                               Boolean* can_open_as_movie, Boolean* prefer_importer, UInt32 flags);
 
 /// Opens a movie by its properties: `dloc`/`dref` (a DataReferenceRecord) says where it is,
-/// `mprp`/`actv` (Boolean) if it is active, `ctxt`/`visu` where it is drawn. Stills (PNG, JPEG) open as
-/// one-frame movies. `output_properties` is null, their count 0. On success the caller owns `*movie`.
+/// `mprp`/`actv` (Boolean) if it is active, `ctxt`/`visu` where it is drawn. Stills (PNG, JPEG)
+/// open as one-frame movies. `output_properties` is null, their count 0. On success the caller owns
+/// `*movie`.
 OSStatus NewMovieFromProperties(ItemCount input_count, QTNewMoviePropertyElement* input_properties,
-                                ItemCount output_count, QTNewMoviePropertyElement* output_properties,
-                                Movie* movie);
+                                ItemCount output_count,
+                                QTNewMoviePropertyElement* output_properties, Movie* movie);
 /// Frees a movie with its tracks and media; null is allowed.
 void DisposeMovie(Movie movie);
 
@@ -99,7 +103,8 @@ void DisposeMovie(Movie movie);
 
 TimeScale GetMovieTimeScale(Movie movie);
 TimeValue GetMovieDuration(Movie movie);
-/// The smallest rectangle that holds all enabled visual tracks, in the movie's matrix and by its aperture mode.
+/// The smallest rectangle that holds all enabled visual tracks, in the movie's matrix and by its
+/// aperture mode.
 void GetMovieBox(Movie movie, Rect* box);
 Boolean GetMovieActive(Movie movie);
 void SetMovieActive(Movie movie, Boolean active);
@@ -116,11 +121,12 @@ OSStatus QTGetMovieProperty(Movie movie, OSType property_class, OSType property_
 
 // --- Tracks and media ----------------------------------------------------------------------------
 
-/// A new enabled track, its size in 16.16 pixels, identity matrix, layer 0, `volume` 0 to 256. Null on failure.
+/// A new enabled track, its size in 16.16 pixels, identity matrix, layer 0, `volume` 0 to 256. Null
+/// on failure.
 Track NewMovieTrack(Movie movie, Fixed width, Fixed height, SInt16 volume);
 void DisposeMovieTrack(Track track);
-/// A new media for a track that has none, its samples in the data of the reference (a null handle: the movie's
-/// own file). The reference is copied. Null on failure.
+/// A new media for a track that has none, its samples in the data of the reference (a null handle:
+/// the movie's own file). The reference is copied. Null on failure.
 Media NewTrackMedia(Track track, OSType media_type, TimeScale time_scale, Handle data_reference,
                     OSType reference_type);
 Media GetTrackMedia(Track track);
@@ -135,21 +141,22 @@ TimeValue GetTrackDuration(Track track);
 TimeValue GetTrackOffset(Track track);
 TimeScale GetMediaTimeScale(Media media);
 TimeValue GetMediaDuration(Media media);
-/// Media type, creator of its name, and manufacturer; each output may be null. `name` is a C string of at most 255
-/// characters.
+/// Media type, creator of its name, and manufacturer; each output may be null. `name` is a C string
+/// of at most 255 characters.
 void GetMediaHandlerDescription(Media media, OSType* type, char* name, OSType* manufacturer);
 MediaHandler GetMediaHandler(Media media);
 OSErr MediaSetGraphicsMode(MediaHandler handler, SInt32 mode, const RGBColor* op_color);
 OSErr MediaGetGraphicsMode(MediaHandler handler, SInt32* mode, RGBColor* op_color);
 inline constexpr SInt32 graphicsModeStraightAlpha = 256;
 
-/// Adds `sample_count` samples of `size` bytes each that lie at `offset` in the media's data reference.
-/// `size` is the size of one sample; the description is copied. `sample_time` (may be null) takes the
-/// time of the first. invalidDuration for a duration below 1.
-OSErr AddMediaSampleReference(Media media, SInt64 offset, UInt32 size, TimeValue duration_per_sample,
-                              SampleDescriptionHandle description, SInt32 sample_count,
-                              SInt16 sample_flags, TimeValue* sample_time);
-/// Adds an edit that plays `media_duration` of the media from `media_time` at `track_start`, -1 being the track's end.
+/// Adds `sample_count` samples of `size` bytes each that lie at `offset` in the media's data
+/// reference. `size` is the size of one sample; the description is copied. `sample_time` (may be
+/// null) takes the time of the first. invalidDuration for a duration below 1.
+OSErr AddMediaSampleReference(Media media, SInt64 offset, UInt32 size,
+                              TimeValue duration_per_sample, SampleDescriptionHandle description,
+                              SInt32 sample_count, SInt16 sample_flags, TimeValue* sample_time);
+/// Adds an edit that plays `media_duration` of the media from `media_time` at `track_start`, -1
+/// being the track's end.
 OSErr InsertMediaIntoTrack(Track track, TimeValue track_start, TimeValue media_time,
                            TimeValue media_duration, Fixed media_rate);
 
@@ -172,12 +179,19 @@ inline constexpr SInt32 flattenAddMovieToDataFork = 1;
 inline constexpr UInt32 createMovieFileDeleteCurFile = 0x80000000U;
 inline constexpr UInt32 createMovieFileDontCreateMovie = 0x40000000U;
 
-/// Writes the movie as one self-contained file: all tracks, enabled or not, media data in playback order.
-/// The file appears under its final name when it is complete; an older one of that name is gone first
-/// if the creation flags say so, else dupFNErr. Returns null (no movie comes back with
-/// createMovieFileDontCreateMovie); the status is in GetMoviesError.
-Movie FlattenMovieDataToDataRef(Movie movie, SInt32 flatten_flags, Handle data_reference, OSType type,
-                                OSType creator, ScriptCode script, UInt32 creation_flags);
+/// Writes the movie as one self-contained QuickTime file: all tracks, enabled or not, as they are,
+/// media data in playback order. The file appears under its final name when it is complete;
+/// whatever fails, no part of it is left. An older file of that name goes, once all sources are
+/// open and the output is planned, if the creation flags say so; else dupFNErr. A file that holds
+/// data of this movie is never replaced (dupFNErr), nor one that is protected (fBsyErr, see
+/// replacement_guard.h). couldNotResolveDataRef when a sample's file can't be found within reach
+/// (data_references.h), eofErr when a chunk does not lie within its file, dskFulErr when the disk
+/// is full, invalidMovie when data is named by its place from outside the chunk tables, and what
+/// the progress procedure returns. The status is in GetMoviesError. Returns the new movie, opened,
+/// unless createMovieFileDontCreateMovie is given; then null.
+Movie FlattenMovieDataToDataRef(Movie movie, SInt32 flatten_flags, Handle data_reference,
+                                OSType type, OSType creator, ScriptCode script,
+                                UInt32 creation_flags);
 
 // --- Graphics importers --------------------------------------------------------------------------
 
