@@ -255,7 +255,9 @@ TEST_F(FlattenTest, ProgressProcedureIsCalledAndCanEndIt) {
     EXPECT_EQ(fs::exists(output), fails_at < 0);
     EXPECT_EQ(progress.messages.front(), movieProgressOpen);
     EXPECT_EQ(progress.messages.back(), movieProgressClose);
-    if (fails_at < 0) EXPECT_EQ(progress.last, 0x10000);
+    if (fails_at < 0) {
+      EXPECT_EQ(progress.last, 0x10000);
+    }
     fs::remove(output);
   }
   LeftOnly({"a.mov", "mask.png"});
