@@ -68,7 +68,7 @@ CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringR
                                  CFStringRef sub_folder) {
   if (!bundle) return nullptr;
   std::string file = quillmere::ToUtf8(name);
-  if (CFStringGetLength(type) > 0) file += "." + quillmere::ToUtf8(type);
+  if (CFStringGetLength(type) > 0) file.append(".").append(quillmere::ToUtf8(type));
   if (file.empty()) return nullptr;
   for (const fs::path& folder : ResourceFolders()) {
     const fs::path candidate = folder / quillmere::ToUtf8(sub_folder) / file;

@@ -100,6 +100,9 @@ OSErr CanQuickTimeOpenDataRef(Handle data_reference, OSType type, Boolean* can_o
   if (status != noErr) return static_cast<OSErr>(status);
   std::error_code error;
   const std::filesystem::file_type kind_of_object = std::filesystem::status(path, error).type();
+  // A link that leads nowhere, or to itself, is no file of any kind.
+  if (error == std::errc::too_many_symbolic_link_levels) return noErr;
+  if (kind_of_object == std::filesystem::file_type::not_found) return noErr;
   if (error) return quillmere::files::StatusOfErrno(error.value());
   if (kind_of_object != std::filesystem::file_type::regular) return noErr;
   const FileKind kind = KindOf(path, (flags & kQTDontUseDataToFindImporter) == 0);

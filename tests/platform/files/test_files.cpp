@@ -102,6 +102,7 @@ TEST(Catalogue, WalksInOrderOfCodePointsWithoutSidecars) {
     WriteFile(folder / name, "x");
   }
   WriteFile(folder / "._a", std::string("\x00\x05\x16\x07", 4));
+  WriteFile(folder / "._a", std::vector<UInt8>{0x00, 0x05, 0x16, 0x07});
   fs::create_symlink(folder / "nowhere", folder / "dangling");
   fs::create_directory(folder / "sub");
   const std::vector<std::string> expected = {
