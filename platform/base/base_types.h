@@ -48,7 +48,8 @@ using ItemCount = UInt64;
 consteval OSType operator""_4cc(const char* text, std::size_t length) {
   if (length != 4) throw "a four-character code has four characters";
   OSType code = 0;
-  for (std::size_t i = 0; i < 4; ++i) code = (code << 8) | static_cast<UInt8>(text[i]);
+  for (std::size_t i = 0; i < 4; ++i)
+    code = (code << 8) | static_cast<UInt8>(text[i]);
   return code;
 }
 

@@ -12,7 +12,9 @@ constexpr Fixed Long2Fix(SInt32 number) {
 }
 
 /// The value of a 16.16 number, exactly.
-constexpr double Fix2X(Fixed number) { return static_cast<double>(number) / 65536.0; }
+constexpr double Fix2X(Fixed number) {
+  return static_cast<double>(number) / 65536.0;
+}
 
 /// The nearest 16.16 number to `value`, halves away from zero; out of range gives the nearest
 /// limit, not-a-number gives 0.

@@ -27,7 +27,9 @@ struct HandleRecord {
 };
 static_assert(sizeof(std::unique_ptr<char, Free>) == sizeof(Ptr));
 
-HandleRecord* RecordOf(Handle handle) { return reinterpret_cast<HandleRecord*>(handle); }
+HandleRecord* RecordOf(Handle handle) {
+  return reinterpret_cast<HandleRecord*>(handle);
+}
 
 /// A block of at least one byte, so that an empty handle still has an address.
 std::unique_ptr<char, Free> NewBlock(Size size, bool clear) {
@@ -64,11 +66,17 @@ void SetStateBit(Handle handle, SInt8 bit, bool on) {
 
 }  // namespace
 
-OSErr MemError() { return memory_status; }
+OSErr MemError() {
+  return memory_status;
+}
 
-Handle NewHandle(Size size) { return MakeHandle(size, false); }
+Handle NewHandle(Size size) {
+  return MakeHandle(size, false);
+}
 
-Handle NewHandleClear(Size size) { return MakeHandle(size, true); }
+Handle NewHandleClear(Size size) {
+  return MakeHandle(size, true);
+}
 
 void DisposeHandle(Handle handle) {
   delete RecordOf(handle);
@@ -102,9 +110,13 @@ void SetHandleSize(Handle handle, Size size) {
   SetStatus(noErr);
 }
 
-void HLock(Handle handle) { SetStateBit(handle, kHandleLockedMask, true); }
+void HLock(Handle handle) {
+  SetStateBit(handle, kHandleLockedMask, true);
+}
 
-void HUnlock(Handle handle) { SetStateBit(handle, kHandleLockedMask, false); }
+void HUnlock(Handle handle) {
+  SetStateBit(handle, kHandleLockedMask, false);
+}
 
 SInt8 HGetState(Handle handle) {
   SetStatus(handle ? noErr : nilHandleErr);

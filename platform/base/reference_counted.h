@@ -1,6 +1,7 @@
 /// The common part of all reference-counted objects: strings, numbers, dictionaries, images, colour
 /// spaces. A function with Create or Copy in its name hands out a reference that the caller gives
-/// up with CFRelease; others lend theirs. Counting is atomic; the objects themselves are not locked.
+/// up with CFRelease; others lend theirs. Counting is atomic; the objects themselves are not
+/// locked.
 #pragma once
 
 #include <atomic>
@@ -11,8 +12,8 @@
 /// A reference to an object of any kind. Opaque kinds convert to it by themselves.
 using CFTypeRef = const void*;
 
-/// Base of every reference-counted object, its first and only one, so that a pointer to the object is a
-/// pointer to this. New objects start with one reference.
+/// Base of every reference-counted object, its first and only one, so that a pointer to the object
+/// is a pointer to this. New objects start with one reference.
 struct CFObject {
   CFObject() = default;
   CFObject(const CFObject&) = delete;
@@ -36,7 +37,9 @@ SInt64 CFGetRetainCount(CFTypeRef object);
 namespace quillmere {
 
 /// The common part of an object; null for null.
-inline const CFObject* ObjectOf(CFTypeRef object) { return static_cast<const CFObject*>(object); }
+inline const CFObject* ObjectOf(CFTypeRef object) {
+  return static_cast<const CFObject*>(object);
+}
 
 /// Owns one reference of a CFObject-derived type and gives it up at the end of the scope.
 template <class Ref>

@@ -57,8 +57,8 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes
 /// A string of `count` UTF-16 units, unpaired surrogates included; null for a negative count.
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* characters,
                                          CFIndex count);
-/// A string by a printf format; "%@" takes a CFObject: a string, or a number in decimal. "%ld" and "%lu" take
-/// a 64-bit value, "%d" and "%u" an int. `options` is null.
+/// A string by a printf format; "%@" takes a CFObject: a string, or a number in decimal. "%ld" and
+/// "%lu" take a 64-bit value, "%d" and "%u" an int. `options` is null.
 CFStringRef CFStringCreateWithFormat(CFAllocatorRef allocator, CFTypeRef options,
                                      CFStringRef format, ...);
 CFStringRef CFStringCreateCopy(CFAllocatorRef allocator, CFStringRef string);
