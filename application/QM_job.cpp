@@ -167,7 +167,6 @@ SInt32 ProcessStills(const std::vector<FSRef>& stills, const MaskImage& mask, QM
   for (const FSRef& still : stills) {
     if (!IsValidWindowPtr(data->window)) break;
     if (!MF_FSRefValid(&still)) continue;
-    data->stillError = noErr;
     status = ProcessStill(&still, mask, space.get(), data);
     TellFileDone(&still, status != noErr ? status : data->stillError);
   }

@@ -201,6 +201,17 @@ class NibBuilder {
 
   void LayoutProperty(QLayout* layout) {
     const QString name = Attribute(xml_, "name");
+    if (auto* grid = qobject_cast<QGridLayout*>(layout)) {
+      // These two of a grid are no properties of its object.
+      if (name == QLatin1String("horizontalSpacing")) {
+        grid->setHorizontalSpacing(Value(QMetaEnum()).toInt());
+        return;
+      }
+      if (name == QLatin1String("verticalSpacing")) {
+        grid->setVerticalSpacing(Value(QMetaEnum()).toInt());
+        return;
+      }
+    }
     if (!name.endsWith(QLatin1String("Margin"))) {
       Property(layout);
       return;
