@@ -24,6 +24,8 @@ void QueuePickerCancel();
 std::size_t QueuedPickerAnswers();
 /// The message of the picker that ran last, in UTF-8.
 std::string LastPickerMessage();
+/// The folder that the picker that ran last was told to open in; empty if it was told none.
+std::filesystem::path LastPickerFolder();
 
 /// The window that commands go to: the active one, or else one that is shown; null if there is
 /// none.

@@ -34,7 +34,8 @@ using Answer = std::optional<std::filesystem::path>;
 struct PickerState {
   std::deque<Answer> answers;
   std::string last_message;
-  QString last_folder;  ///< where the user chose something last
+  std::filesystem::path last_location;  ///< where a dialog was told to open last
+  QString last_folder;                  ///< where the user chose something last
   bool running = false;
 };
 
@@ -182,6 +183,7 @@ OSStatus NavDialogRun(NavDialogRef dialog) {
   const AtExit stopped([&state] { state.running = false; });
   state.last_message = dialog->message.toStdString();
   Report(dialog, kNavCBStart);
+  state.last_location = ToPath(dialog->location);
   dialog->user_action = kNavUserActionCancel;
   dialog->chosen = {};
   if (state.answers.empty()) {
@@ -259,6 +261,10 @@ std::size_t QueuedPickerAnswers() {
 
 std::string LastPickerMessage() {
   return State().last_message;
+}
+
+std::filesystem::path LastPickerFolder() {
+  return State().last_location;
 }
 
 }  // namespace quillmere::windows
