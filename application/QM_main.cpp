@@ -131,7 +131,7 @@ SInt32 HandleHit(WindowRef window, SInt32 number, QM_MaskData* data) {
 OSStatus HandleControlEvent(EventRef event, WindowRef window) {
   ControlRef control = nullptr;
   OSStatus status = GetEventParameter(event, kEventParamDirectObject, typeControlRef, nullptr,
-                                      sizeof control, nullptr, static_cast<void*>(&control));
+                                      kReferenceSize, nullptr, static_cast<void*>(&control));
   if (status != noErr) {
     QM_ReportFailure("GetEventParameter", status);
     return eventNotHandledErr;
@@ -228,11 +228,11 @@ OSStatus QM_ImageViewEventHandler(EventHandlerCallRef /*call*/, EventRef event,
   ControlRef control = nullptr;
   HIShapeRef shape = nullptr;
   CGContextRef context = nullptr;
-  GetEventParameter(event, kEventParamDirectObject, typeControlRef, nullptr, sizeof control,
+  GetEventParameter(event, kEventParamDirectObject, typeControlRef, nullptr, kReferenceSize,
                     nullptr, static_cast<void*>(&control));
-  GetEventParameter(event, kEventParamShape, typeHIShapeRef, nullptr, sizeof shape, nullptr,
+  GetEventParameter(event, kEventParamShape, typeHIShapeRef, nullptr, kReferenceSize, nullptr,
                     static_cast<void*>(&shape));
-  GetEventParameter(event, kEventParamCGContextRef, typeCGContextRef, nullptr, sizeof context,
+  GetEventParameter(event, kEventParamCGContextRef, typeCGContextRef, nullptr, kReferenceSize,
                     nullptr, static_cast<void*>(&context));
   HIRect bounds{};
   if (shape != nullptr) {

@@ -53,6 +53,9 @@ inline constexpr OSType typeControlRef = "ctrl"_4cc;
 inline constexpr OSType typeHIShapeRef = "shap"_4cc;
 inline constexpr OSType typeCGContextRef = "cntx"_4cc;
 
+/// The size in bytes of a parameter that is a reference, whatever it refers to.
+inline constexpr Size kReferenceSize = sizeof(void*);
+
 inline constexpr OSType kHICommandClose = "clos"_4cc;
 inline constexpr OSType kHICommandQuit = "quit"_4cc;
 inline constexpr UInt32 kHICommandFromMenu = 1;

@@ -154,7 +154,7 @@ OSStatus HIViewSimulateClick(HIViewRef view, ControlPartCode part, UInt32 modifi
   const OSStatus created =
       CreateEvent(nullptr, kEventClassControl, kEventControlHit, 0, modifiers, &event);
   if (created != noErr) return created;
-  SetEventParameter(event, kEventParamDirectObject, typeControlRef, sizeof view,
+  SetEventParameter(event, kEventParamDirectObject, typeControlRef, kReferenceSize,
                     static_cast<const void*>(&view));
   const OSStatus sent = SendEventToEventTarget(event, &view->target);
   ReleaseEvent(event);
@@ -199,8 +199,8 @@ OSStatus SetControlData(ControlRef control, ControlPartCode /*part*/, OSType tag
   if (auto* text = dynamic_cast<StaticText*>(control->widget.data());
       text != nullptr && tag == kControlStaticTextCFStringTag) {
     CFStringRef string = nullptr;
-    if (size != sizeof string) return errDataSizeMismatch;
-    std::memcpy(static_cast<void*>(&string), data, sizeof string);
+    if (size != kReferenceSize) return errDataSizeMismatch;
+    std::memcpy(static_cast<void*>(&string), data, kReferenceSize);
     text->SetContent(ToQString(string));
     return noErr;
   }
@@ -219,10 +219,10 @@ OSStatus GetControlData(ControlRef control, ControlPartCode /*part*/, OSType tag
   if (const OSStatus status = CheckView(control)) return status;
   if (const auto* text = dynamic_cast<StaticText*>(control->widget.data());
       text != nullptr && tag == kControlStaticTextCFStringTag) {
-    if (capacity < static_cast<Size>(sizeof(CFStringRef))) return errDataSizeMismatch;
+    if (capacity < kReferenceSize) return errDataSizeMismatch;
     const CFStringRef string = CreateFromQString(text->Content());
-    std::memcpy(data, static_cast<const void*>(&string), sizeof string);
-    if (actual_size != nullptr) *actual_size = sizeof string;
+    std::memcpy(data, static_cast<const void*>(&string), kReferenceSize);
+    if (actual_size != nullptr) *actual_size = kReferenceSize;
     return noErr;
   }
   if (BarOf(control) != nullptr && tag == kControlProgressBarIndeterminateTag) {
@@ -324,11 +324,11 @@ QImage PaintedBackground(ViewRecord* control, QSize size) {
   const auto shape = std::make_unique<HIShape>(bounds);
   HIShapeRef shape_reference = shape.get();
   CGContextRef context_reference = context.get();
-  SetEventParameter(event, kEventParamDirectObject, typeControlRef, sizeof control,
+  SetEventParameter(event, kEventParamDirectObject, typeControlRef, kReferenceSize,
                     static_cast<const void*>(&control));
-  SetEventParameter(event, kEventParamShape, typeHIShapeRef, sizeof shape_reference,
+  SetEventParameter(event, kEventParamShape, typeHIShapeRef, kReferenceSize,
                     static_cast<const void*>(&shape_reference));
-  SetEventParameter(event, kEventParamCGContextRef, typeCGContextRef, sizeof context_reference,
+  SetEventParameter(event, kEventParamCGContextRef, typeCGContextRef, kReferenceSize,
                     static_cast<const void*>(&context_reference));
   drawing = {context_reference, &pixels, static_cast<double>(size.width()) / bounds.size.width,
              static_cast<double>(size.height()) / bounds.size.height, Qt::transparent};

@@ -59,7 +59,8 @@ QSize StaticText::minimumSizeHint() const {
 }
 
 void StaticText::paintEvent(QPaintEvent* event) {
-  QFrame::paintEvent(event);
+  // The frame alone: QLabel would draw its text too.
+  QFrame::paintEvent(event);  // NOLINT(bugprone-parent-virtual-call)
   QPainter painter(this);
   const QRect area = contentsRect().adjusted(margin(), margin(), -margin(), -margin());
   QString shown = content_;

@@ -165,7 +165,7 @@ class JobTest : public ::testing::Test {
     EventRef event = nullptr;
     ASSERT_EQ(noErr, CreateEvent(nullptr, kEventClassControl, kEventControlHit, 0, 0, &event));
     HIViewRef control = Control(number);
-    SetEventParameter(event, kEventParamDirectObject, typeControlRef, sizeof control,
+    SetEventParameter(event, kEventParamDirectObject, typeControlRef, kReferenceSize,
                       static_cast<const void*>(&control));
     Post(event);
   }

@@ -83,7 +83,7 @@ SInt32 GL_HIViewSetFrameByID(WindowRef window, OSType signature, SInt32 number,
 SInt32 GL_SetDialogItemTextByID(WindowRef window, OSType signature, SInt32 number,
                                 CFStringRef string) {
   return WithControl(window, signature, number, [string](HIViewRef control) {
-    return SetControlData(control, 0, kControlStaticTextCFStringTag, sizeof string,
+    return SetControlData(control, 0, kControlStaticTextCFStringTag, kReferenceSize,
                           static_cast<const void*>(&string));
   });
 }
@@ -91,7 +91,7 @@ SInt32 GL_SetDialogItemTextByID(WindowRef window, OSType signature, SInt32 numbe
 SInt32 GL_CopyDialogItemTextByID(WindowRef window, OSType signature, SInt32 number,
                                  CFStringRef* string) {
   return WithControl(window, signature, number, [string](HIViewRef control) {
-    return GetControlData(control, 0, kControlStaticTextCFStringTag, sizeof *string,
+    return GetControlData(control, 0, kControlStaticTextCFStringTag, kReferenceSize,
                           static_cast<void*>(string), nullptr);
   });
 }
