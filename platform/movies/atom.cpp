@@ -130,24 +130,24 @@ class AtomParser {
 };
 
 std::span<const UInt8> Atom::payload() const {
-  return owns_payload_ ? std::span<const UInt8>(own_payload_) : read_payload_;
+  return own_payload_ ? std::span<const UInt8>(*own_payload_) : read_payload_;
 }
 
 std::span<UInt8> Atom::mutable_payload() {
-  if (!owns_payload_) set_payload({read_payload_.begin(), read_payload_.end()});
-  return own_payload_;
+  if (!own_payload_ || own_payload_.use_count() > 1) {
+    const std::span<const UInt8> bytes = payload();
+    set_payload({bytes.begin(), bytes.end()});
+  }
+  return *own_payload_;
 }
 
 void Atom::set_payload(std::vector<UInt8> bytes) {
-  own_payload_ = std::move(bytes);
-  owns_payload_ = true;
+  own_payload_ = std::make_shared<std::vector<UInt8>>(std::move(bytes));
 }
 
 SharedBytes Atom::SharePayload() const {
-  if (!owns_payload_) return {source_, read_payload_};
-  auto copy = std::make_shared<const std::vector<UInt8>>(own_payload_);
-  const std::span<const UInt8> bytes = *copy;
-  return {std::move(copy), bytes};
+  if (own_payload_) return {own_payload_, *own_payload_};
+  return {source_, read_payload_};
 }
 
 const Atom* Atom::Find(OSType type) const {
@@ -196,25 +196,43 @@ UInt64 Atom::Size() const {
   return content + (wide && size_form_ != SizeForm::kToEnd ? kHeader64 : kHeader32);
 }
 
-void Atom::WriteWith(SizeForm form, std::vector<UInt8>* out) const {
-  const UInt64 size = ContentSize() + kHeader32;
-  if (form == SizeForm::k32 && size > kMaximum32) form = SizeForm::k64;
-  AppendU32(out, form == SizeForm::k32 ? static_cast<UInt32>(size) : form == SizeForm::k64 ? 1 : 0);
-  AppendU32(out, type_);
-  if (form == SizeForm::k64) AppendU64(out, size - kHeader32 + kHeader64);
-  const std::span<const UInt8> fields = payload();
-  out->insert(out->end(), fields.begin(), fields.end());
+void Atom::WriteWith(SizeForm form, const ByteSink& sink) const {
+  const UInt64 content = ContentSize();
+  std::vector<UInt8> header = MakeAtomHeader(type_, content);
+  if (form == SizeForm::kToEnd) {
+    header.resize(kHeader32);
+    WriteU32(header.data(), 0);
+  } else if (form == SizeForm::k64 && header.size() == kHeader32) {
+    WriteU32(header.data(), 1);
+    AppendU64(&header, content + kHeader64);
+  }
+  sink(header);
+  sink(payload());
   for (const Atom& child : children_) {
     const bool ends_this = &child == &children_.back() && read_tail_.empty();
     const bool resolve = child.size_form_ == SizeForm::kToEnd && !ends_this;
-    child.WriteWith(resolve ? SizeForm::k32 : child.size_form_, out);
+    child.WriteWith(resolve ? SizeForm::k32 : child.size_form_, sink);
   }
-  out->insert(out->end(), read_tail_.begin(), read_tail_.end());
+  sink(read_tail_);
 }
 
 void Atom::Write(std::vector<UInt8>* out) const {
   out->reserve(out->size() + Size());
-  WriteWith(size_form_, out);
+  Write(
+      [out](std::span<const UInt8> bytes) { out->insert(out->end(), bytes.begin(), bytes.end()); });
+}
+
+void Atom::Write(const ByteSink& sink) const {
+  WriteWith(size_form_, sink);
+}
+
+std::vector<UInt8> MakeAtomHeader(OSType type, UInt64 content_size) {
+  const bool wide = content_size > kMaximum32 - kHeader32;
+  std::vector<UInt8> bytes;
+  AppendU32(&bytes, wide ? 1 : static_cast<UInt32>(content_size + kHeader32));
+  AppendU32(&bytes, type);
+  if (wide) AppendU64(&bytes, content_size + kHeader64);
+  return bytes;
 }
 
 OSStatus ParseAtom(std::shared_ptr<const std::vector<UInt8>> block, std::unique_ptr<Atom>* atom) {

@@ -6,6 +6,7 @@
 /// change touches only the bytes it is about.
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <span>
@@ -20,6 +21,9 @@ struct SharedBytes {
   std::shared_ptr<const std::vector<UInt8>> owner;
   std::span<const UInt8> bytes;
 };
+
+/// Takes bytes, piece by piece.
+using ByteSink = std::function<void(std::span<const UInt8>)>;
 
 /// How an atom's size was written; kept so that it is written the same way again.
 enum class SizeForm : UInt8 {
@@ -41,11 +45,12 @@ class Atom {
   /// the fields that stand before its children (version, flags and entry count of `stsd` and
   /// `dref`).
   std::span<const UInt8> payload() const;
-  /// The same bytes for patching; copied out of the block they were read from at the first call.
+  /// The same bytes for patching; copied out of the block they were read from, or that they share
+  /// with a copy of the atom, at the first call.
   std::span<UInt8> mutable_payload();
   void set_payload(std::vector<UInt8> bytes);
-  /// The same bytes to be kept beyond the atom's own life. What was read from a block is not
-  /// copied.
+  /// The same bytes to be kept beyond the atom's own life, not copied. A later change of the atom
+  /// does not change them.
   SharedBytes SharePayload() const;
 
   const std::vector<Atom>& children() const { return children_; }
@@ -68,11 +73,13 @@ class Atom {
   /// Appends the atom, header included, to `out`. An atom that outgrows a 32-bit size gets a 64-bit
   /// one; size 0 is written only where the atom does end what encloses it.
   void Write(std::vector<UInt8>* out) const;
+  /// The same, without one block for all of it.
+  void Write(const ByteSink& sink) const;
 
  private:
   friend class AtomParser;
   UInt64 ContentSize() const;
-  void WriteWith(SizeForm form, std::vector<UInt8>* out) const;
+  void WriteWith(SizeForm form, const ByteSink& sink) const;
 
   OSType type_;
   SizeForm size_form_ = SizeForm::k32;
@@ -80,10 +87,13 @@ class Atom {
   std::shared_ptr<const std::vector<UInt8>> source_;
   std::span<const UInt8> read_payload_;
   std::span<const UInt8> read_tail_;
-  std::vector<UInt8> own_payload_;
-  bool owns_payload_ = false;
+  /// The payload when it was replaced; copies of the atom share it until one of them changes it.
+  std::shared_ptr<std::vector<UInt8>> own_payload_;
   std::vector<Atom> children_;
 };
+
+/// The header of an atom with so many bytes of content: 8 bytes, or 16 where the size needs them.
+std::vector<UInt8> MakeAtomHeader(OSType type, UInt64 content_size);
 
 /// The nesting depth that is followed, and the number of atoms that one tree may have. What lies
 /// deeper or comes later stays inside its parent as bytes.

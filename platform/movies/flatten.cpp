@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <limits>
 #include <memory>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -27,11 +28,10 @@ constexpr UInt64 kMediaHeaderSize = 16;
 constexpr UInt32 kQuickTimeVersion = 0x20050300;
 constexpr UInt64 kMaximum32 = std::numeric_limits<UInt32>::max();
 
-/// What stands in the output before its media data.
+/// What stands in the output before its media data: file type, movie, kept atoms.
 struct OutputHead {
-  std::vector<UInt8> bytes;         ///< file type, movie, kept atoms
-  std::vector<CopyRun> kept_runs;   ///< kept atoms too large to hold in memory, behind them
-  std::vector<UInt8> media_header;  ///< behind those
+  Atom movie{"moov"_4cc};
+  UInt64 size = 0;  ///< in bytes, the header of the media data included
 };
 
 void AppendFileType(std::vector<UInt8>* out) {
@@ -72,40 +72,38 @@ void MakeSelfContained(Atom* trak, const std::vector<UInt16>& used) {
 
 class HeadBuilder {
  public:
-  HeadBuilder(const MovieRecord& movie, const FlattenPlan& plan) : movie_(movie), plan_(plan) {}
+  /// Takes the chunk offsets out of the plan.
+  HeadBuilder(const MovieRecord& movie, FlattenPlan* plan) : movie_(movie), plan_(*plan) {}
 
   OSStatus Build(OutputHead* head) {
-    Atom moov = *movie_.file.movie;
+    head->movie = *movie_.file.movie;
+    Atom& moov = head->movie;
     for (std::size_t i = 0; i < movie_.tracks.size(); ++i)
       MakeSelfContained(&TrackIn(&moov, i), plan_.used_references[i]);
-    // The offsets' width decides the movie's size and so the offsets: they are set twice, at first
-    // as large as they can get.
-    const UInt64 largest_start = moov.Size() + ChunkTablesAsWide() + SizeOfTheRest();
-    OSStatus status = SetChunkOffsets(&moov, 0, largest_start);
-    if (status != noErr) return status;
-    status = SetChunkOffsets(&moov, moov.Size() + SizeOfTheRest(), largest_start);
-    if (status != noErr) return status;
-
-    AppendFileType(&head->bytes);
-    head->bytes.reserve(static_cast<std::size_t>(moov.Size() + SizeOfTheRest()));
-    moov.Write(&head->bytes);
-    for (const Atom& kept : movie_.file.kept)
-      kept.Write(&head->bytes);
-    for (const FileSpan& span : movie_.file.kept_in_file)
-      head->kept_runs.push_back({movie_.source.get(), span.offset, span.size});
-    head->media_header = MakeMediaHeader(plan_.media_size);
-    return noErr;
+    // The offsets' width decides the movie's size and so the offsets: they are set as for media
+    // data that starts at 0, as wide as they can have to be, and moved when the size is known.
+    OSStatus status = SetChunkOffsets(&moov, moov.Size() + ChunkTablesAsWide() + SizeOfTheRest());
+    head->size = moov.Size() + SizeOfTheRest();
+    for (std::size_t i = 0; i < movie_.tracks.size() && status == noErr; ++i) {
+      Atom* stbl = TableToSet(&moov, i);
+      if (stbl != nullptr) status = ShiftChunkOffsets(stbl, head->size);
+    }
+    return status;
   }
 
  private:
   Atom& TrackIn(Atom* moov, std::size_t index) const {
     return moov->children()[movie_.tracks[index]->child];
   }
+  /// The sample table of a track that has media; else null.
+  Atom* TableToSet(Atom* moov, std::size_t index) const {
+    return movie_.tracks[index]->media ? SampleTableIn(&TrackIn(moov, index)) : nullptr;
+  }
 
   /// Bytes that the chunk tables can grow by.
   UInt64 ChunkTablesAsWide() const {
     UInt64 bytes = 0;
-    for (const auto& offsets : plan_.chunk_offsets)
+    for (const ChunkOffsets& offsets : plan_.chunk_offsets)
       bytes += offsets.size() * 8;
     return bytes;
   }
@@ -115,32 +113,29 @@ class HeadBuilder {
     UInt64 bytes = 20 + kMediaHeaderSize;
     for (const Atom& kept : movie_.file.kept)
       bytes += kept.Size();
-    for (const FileSpan& span : movie_.file.kept_in_file)
-      bytes += span.size;
+    for (const LargeKeptAtom& kept : movie_.file.kept_in_file)
+      bytes += kept.header.size() + kept.content.size;
     return bytes;
   }
 
-  /// Writes the chunk tables for media data that starts at `start`. A table is wide if it was, or
-  /// if an offset could need it were the start as late as `largest_start`.
-  OSStatus SetChunkOffsets(Atom* moov, UInt64 start, UInt64 largest_start) const {
+  /// Sets the chunk tables for media data that starts at 0. A table is wide if it was, or if an
+  /// offset could need it were the start as late as `largest_start`.
+  OSStatus SetChunkOffsets(Atom* moov, UInt64 largest_start) const {
     for (std::size_t i = 0; i < movie_.tracks.size(); ++i) {
-      Atom* stbl = SampleTableIn(&TrackIn(moov, i));
-      if (stbl == nullptr || !movie_.tracks[i]->media) continue;
-      std::vector<UInt64> offsets = plan_.chunk_offsets[i];
+      Atom* stbl = TableToSet(moov, i);
+      if (stbl == nullptr) continue;
+      const ChunkOffsets offsets = std::move(plan_.chunk_offsets[i]);
       const bool is_wide = stbl->Find("co64"_4cc) != nullptr ||
-                           std::any_of(offsets.begin(), offsets.end(), [&](UInt64 offset) {
-                             return offset + largest_start > kMaximum32;
-                           });
-      for (UInt64& offset : offsets)
-        offset += start;
-      const OSStatus status = ReplaceChunkOffsets(stbl, offsets, is_wide);
+                           (offsets.size() > 0 && offsets.largest() + largest_start > kMaximum32);
+      const auto offset_of = [&offsets](UInt64 chunk) { return offsets[chunk]; };
+      const OSStatus status = ReplaceChunkOffsets(stbl, offsets.size(), offset_of, is_wide);
       if (status != noErr) return status;
     }
     return noErr;
   }
 
   const MovieRecord& movie_;
-  const FlattenPlan& plan_;
+  FlattenPlan& plan_;
 };
 
 /// Data that something else than a chunk table names by its place in the file can't be moved.
@@ -149,6 +144,9 @@ OSStatus CheckForeignOffsets(const MovieRecord& movie) {
   OSStatus status = FindForeignOffsets(*movie.file.movie, &found);
   for (const Atom& kept : movie.file.kept) {
     if (status == noErr) status = FindForeignOffsets(kept, &found);
+  }
+  for (const LargeKeptAtom& kept : movie.file.kept_in_file) {
+    if (status == noErr) status = FindForeignOffsets(movie.source->descriptor(), kept, &found);
   }
   if (status == noErr && !found.empty()) status = invalidMovie;
   return status;
@@ -202,7 +200,7 @@ class Flattener {
     OutputFile output;
     OSStatus status = PlanFlatten(movie_, &plan);
     if (status == noErr) status = CheckForeignOffsets(movie_);
-    if (status == noErr) status = HeadBuilder(movie_, plan).Build(&head);
+    if (status == noErr) status = HeadBuilder(movie_, &plan).Build(&head);
     if (status == noErr) status = output.Create(path);
     if (status == noErr) {
       status = RemoveOlderOutput(movie_, plan, path,
@@ -215,23 +213,40 @@ class Flattener {
   }
 
   OSStatus WriteAll(const OutputHead& head, const FlattenPlan& plan, OutputFile* output) {
-    UInt64 kept_size = 0;
-    for (const CopyRun& run : head.kept_runs)
-      kept_size += run.size;
-    const UInt64 total = std::max<UInt64>(kept_size + plan.media_size, 1);
+    const MovieFile& file = movie_.file;
+    total_ = std::accumulate(file.kept_in_file.begin(), file.kept_in_file.end(), plan.media_size,
+                             [](UInt64 sum, const auto& kept) { return sum + kept.content.size; });
+    std::vector<UInt8> file_type;
+    AppendFileType(&file_type);
+    OSStatus status = output->Write(file_type);
+    const auto write = [&](std::span<const UInt8> bytes) {
+      if (status == noErr) status = output->Write(bytes);
+    };
+    head.movie.Write(write);
+    for (const Atom& kept : file.kept)
+      kept.Write(write);
+    for (const LargeKeptAtom& kept : file.kept_in_file) {
+      CopyRuns runs;
+      AppendBytes(0, kept.content.offset, kept.content.size, &runs);
+      write(kept.header);
+      if (status == noErr) status = Copy({&movie_.source, 1}, runs, kept.content.size, output);
+    }
+    write(MakeMediaHeader(plan.media_size));
+    return status == noErr ? Copy(plan.sources, plan.runs, plan.media_size, output) : status;
+  }
+
+  /// Copies runs of `size` bytes together, and reports.
+  OSStatus Copy(std::span<const std::shared_ptr<DataSource>> sources, const CopyRuns& runs,
+                UInt64 size, OutputFile* output) {
     constexpr UInt64 kSmallestPiece = UInt64{8} << 20;
     constexpr UInt64 kLargestPiece = UInt64{64} << 20;
-    const UInt64 piece = std::clamp(total / 100, kSmallestPiece, kLargestPiece);
-    const auto report_from = [&](UInt64 before) {
-      return [this, before, total](UInt64 bytes) {
-        const double fraction = static_cast<double>(before + bytes) / static_cast<double>(total);
-        return Report(movieProgressUpdatePercent, static_cast<Fixed>(fraction * 65536.0));
-      };
+    const UInt64 piece = std::clamp(total_ / 100, kSmallestPiece, kLargestPiece);
+    const auto report = [&](UInt64 bytes) {
+      const double fraction = static_cast<double>(copied_ + bytes) / static_cast<double>(total_);
+      return Report(movieProgressUpdatePercent, static_cast<Fixed>(fraction * 65536.0));
     };
-    OSStatus status = output->Write(head.bytes);
-    if (status == noErr) status = output->Copy(head.kept_runs, piece, report_from(0));
-    if (status == noErr) status = output->Write(head.media_header);
-    if (status == noErr) status = output->Copy(plan.runs, piece, report_from(kept_size));
+    const OSStatus status = output->Copy(sources, runs, piece, report);
+    copied_ += size;
     return status;
   }
 
@@ -244,6 +259,8 @@ class Flattener {
   }
 
   MovieRecord& movie_;
+  UInt64 total_ = 0;   ///< bytes to be copied from other files
+  UInt64 copied_ = 0;  ///< of them
 };
 
 }  // namespace

@@ -7,8 +7,11 @@
 #include <limits>
 #include <map>
 #include <numeric>
+#include <queue>
+#include <tuple>
 #include <utility>
 
+#include "big_endian.h"
 #include "data_references.h"
 #include "file_references.h"
 #include "toolbox_records.h"
@@ -20,13 +23,16 @@ namespace {
 /// A source's tracks count as interleaved while no chunk lies behind one that plays this many
 /// seconds later.
 constexpr double kInterleaveSpan = 5.0;
+/// Bytes of the largest run: a multiple of what file systems copy at once.
+constexpr UInt64 kLargestRun = UInt64{1} << 31;
 
 struct PlannedChunk {
-  UInt64 offset;  ///< in its source
-  UInt64 size;
-  double time;  ///< movie time at which it starts to play, seconds
-  UInt32 source;
-  UInt32 track;
+  UInt64 offset = 0;  ///< in its source
+  UInt64 size = 0;
+  double time = 0;  ///< movie time at which it starts to play, seconds
+  UInt32 source = 0;
+  UInt32 track = 0;
+  bool is_new = false;
 };
 
 /// Bytes of one source that are written together: a chunk, or chunks that overlap.
@@ -53,6 +59,75 @@ double StartOfMedia(const TrackRecord& track, double movie_scale, double media_s
   return 0;
 }
 
+/// What the planner knows of a track.
+struct TrackPlan {
+  const SampleTable* table = nullptr;
+  double start = 0;  ///< of its media in the movie, seconds
+  double media_scale = 1;
+  bool is_new = false;
+  std::vector<UInt32> sources;  ///< by sample description
+};
+
+/// Goes through the chunks of a track. A chunk without bytes stands behind the one before it.
+class ChunkCursor {
+ public:
+  ChunkCursor(const TrackPlan& track, UInt32 index) : track_(&track), walk_(*track.table) {
+    chunk_.track = index;
+    chunk_.is_new = track.is_new;
+  }
+  bool Next() {
+    ChunkInfo info = {};
+    if (!walk_.Next(&info)) return false;
+    if (info.size > 0) {
+      chunk_.offset = info.offset;
+      chunk_.source = track_->sources[info.description - 1];
+    } else {
+      chunk_.offset += chunk_.size;
+    }
+    chunk_.size = info.size;
+    chunk_.time = track_->start + static_cast<double>(info.decode_time) / track_->media_scale;
+    return true;
+  }
+  const PlannedChunk& chunk() const { return chunk_; }
+
+ private:
+  const TrackPlan* track_;
+  SampleTable::ChunkWalk walk_;
+  PlannedChunk chunk_;
+};
+
+bool IsBefore(const PlannedChunk& a, const PlannedChunk& b, bool by_time) {
+  if (a.is_new != b.is_new) return a.is_new;
+  if (by_time && !a.is_new && a.time != b.time) return a.time < b.time;
+  return std::tie(a.source, a.offset, a.track) < std::tie(b.source, b.offset, b.track);
+}
+
+/// Old media data counts as interleaved when it lies in one file in an order that suits playback.
+class InterleaveCheck {
+ public:
+  void Add(const PlannedChunk& chunk) { Add(chunk.is_new, chunk.size, chunk.source, chunk.time); }
+  void Add(const Region& region) {
+    Add(region.is_new, region.end - region.begin, region.source, region.time);
+  }
+  bool is_interleaved() const { return is_interleaved_; }
+
+ private:
+  void Add(bool is_new, UInt64 size, UInt32 source, double time) {
+    if (is_new || size == 0) return;
+    if ((has_source_ && source != source_) || time < latest_ - kInterleaveSpan) {
+      is_interleaved_ = false;
+    }
+    has_source_ = true;
+    source_ = source;
+    latest_ = std::max(latest_, time);
+  }
+
+  bool is_interleaved_ = true;
+  bool has_source_ = false;
+  UInt32 source_ = 0;
+  double latest_ = -std::numeric_limits<double>::infinity();
+};
+
 class Planner {
  public:
   Planner(const MovieRecord& movie, FlattenPlan* plan) : movie_(movie), plan_(*plan) {}
@@ -60,34 +135,54 @@ class Planner {
   OSStatus Run() {
     plan_.chunk_offsets.resize(movie_.tracks.size());
     plan_.used_references.resize(movie_.tracks.size());
+    tracks_.resize(movie_.tracks.size());
     for (std::size_t i = 0; i < movie_.tracks.size(); ++i) {
       const OSStatus status = CollectTrack(static_cast<UInt32>(i));
       if (status != noErr) return status;
     }
-    MakeRegions();
-    OrderRegions();
-    PlaceRegions();
+    bool by_time = false;
+    if (tracks_ascend_ && FindOrder(&by_time)) {
+      Merge(by_time, [this](const PlannedChunk& chunk) {
+        plan_.chunk_offsets[chunk.track].Append(
+            AppendMedia(chunk.source, chunk.offset, chunk.size));
+        return true;
+      });
+    } else {
+      CollectChunks();
+      MakeRegions();
+      OrderRegions();
+      PlaceRegions();
+    }
     return noErr;
   }
 
  private:
   OSStatus CollectTrack(UInt32 index);
   OSStatus SourceIndex(MediaRecord& media, UInt32 track, UInt16 reference, UInt32* source);
+  OSStatus CheckChunks(MediaRecord& media, UInt32 index);
+  template <class Visit>
+  void Merge(bool by_time, Visit visit) const;
+  bool FindOrder(bool* by_time) const;
+  UInt64 AppendMedia(UInt32 source, UInt64 offset, UInt64 size);
+  void CollectChunks();
   void MakeRegions();
   void OrderRegions();
   void PlaceRegions();
-  bool IsInterleaved() const;
-  bool IsNew(const PlannedChunk& chunk) const { return movie_.tracks[chunk.track]->is_new; }
 
   const MovieRecord& movie_;
   FlattenPlan& plan_;
+  std::vector<TrackPlan> tracks_;
+  bool tracks_ascend_ = true;  ///< each track's chunks follow each other by source and offset
+  std::vector<UInt64> sizes_;  ///< of the sources, as they are now
+  std::map<std::pair<UInt32, UInt16>, UInt32> source_of_reference_;
+
   std::vector<PlannedChunk> chunks_;  ///< by track, in the order of its table
   std::vector<UInt32> region_of_chunk_;
   std::vector<Region> regions_;  ///< by source and offset
   std::vector<UInt32> order_;    ///< regions as they are written
-  std::vector<UInt64> sizes_;    ///< of the sources, as they are now
-  std::map<std::pair<UInt32, UInt16>, UInt32> source_of_reference_;
 };
+
+// --- Tracks and their files ----------------------------------------------------------------------
 
 /// The source that a track's data reference stands for, opened and measured at its first use.
 OSStatus Planner::SourceIndex(MediaRecord& media, UInt32 track, UInt16 reference, UInt32* source) {
@@ -116,34 +211,121 @@ OSStatus Planner::CollectTrack(UInt32 index) {
   const TrackRecord& track = *movie_.tracks[index];
   if (!track.media || SampleTableAtom(track) == nullptr) return noErr;
   const SampleTable* table = nullptr;
-  OSStatus status = SampleTableOf(track.media.get(), &table);
+  const OSStatus status = SampleTableOf(track.media.get(), &table);
   if (status != noErr) return status;
-  if (chunks_.size() + table->chunk_count() > std::numeric_limits<UInt32>::max()) {
-    return invalidSampleTable;
-  }
-  const double media_scale = std::max<double>(MediaHeaderOf(track).time_scale, 1);
-  const double start = StartOfMedia(track, MovieHeaderOf(movie_).time_scale, media_scale);
-  chunks_.reserve(chunks_.size() + table->chunk_count());
-  UInt16 last_reference = 0;
-  UInt32 source = 0;
-  table->ForEachChunk([&](const ChunkInfo& chunk) {
-    const UInt16 reference = table->descriptions()[chunk.description - 1].data_reference;
-    if (reference != last_reference || last_reference == 0) {
-      status = SourceIndex(*track.media, index, reference, &source);
-      last_reference = reference;
+  TrackPlan& plan = tracks_[index];
+  plan.table = table;
+  plan.is_new = track.is_new;
+  plan.media_scale = std::max<double>(MediaHeaderOf(track).time_scale, 1);
+  plan.start = StartOfMedia(track, MovieHeaderOf(movie_).time_scale, plan.media_scale);
+  plan.sources.resize(table->descriptions().size());
+  plan_.chunk_offsets[index].Reserve(table->chunk_count());
+  return CheckChunks(*track.media, index);
+}
+
+/// Opens the files of a track's chunks, checks that the chunks lie within them, and looks if they
+/// follow each other there.
+OSStatus Planner::CheckChunks(MediaRecord& media, UInt32 index) {
+  TrackPlan& track = tracks_[index];
+  OSStatus status = noErr;
+  UInt32 last_description = 0;
+  UInt32 last_source = 0;
+  UInt64 last_end = 0;
+  track.table->ForEachChunk([&](const ChunkInfo& chunk) {
+    UInt32& source = track.sources[chunk.description - 1];
+    if (chunk.description != last_description) {
+      const UInt16 reference = track.table->descriptions()[chunk.description - 1].data_reference;
+      status = SourceIndex(media, index, reference, &source);
+      last_description = chunk.description;
       if (status != noErr) return false;
     }
+    if (chunk.size == 0) return true;
     UInt64 end = 0;
-    if (chunk.size > 0 &&
-        (__builtin_add_overflow(chunk.offset, chunk.size, &end) || end > sizes_[source])) {
+    if (!AddFits(chunk.offset, chunk.size, &end) || end > sizes_[source]) {
       status = eofErr;
       return false;
     }
-    const double time = start + static_cast<double>(chunk.decode_time) / media_scale;
-    chunks_.push_back({chunk.size > 0 ? chunk.offset : 0, chunk.size, time, source, index});
+    if (std::tie(source, chunk.offset) < std::tie(last_source, last_end)) tracks_ascend_ = false;
+    last_source = source;
+    last_end = end;
     return true;
   });
   return status;
+}
+
+/// Appends bytes to the media data; where they stand in it.
+UInt64 Planner::AppendMedia(UInt32 source, UInt64 offset, UInt64 size) {
+  const UInt64 place = plan_.media_size;
+  AppendBytes(source, offset, size, &plan_.runs);
+  plan_.media_size += size;
+  return place;
+}
+
+// --- Tracks whose chunks follow each other and share nothing -------------------------------------
+
+/// Calls `visit(const PlannedChunk&)` for the chunks of all tracks, by source and offset or by
+/// time, those of new tracks first. Each track has to be in that order by itself.
+template <class Visit>
+void Planner::Merge(bool by_time, Visit visit) const {
+  std::vector<ChunkCursor> cursors;
+  for (std::size_t i = 0; i < tracks_.size(); ++i) {
+    if (tracks_[i].table == nullptr) continue;
+    cursors.emplace_back(tracks_[i], static_cast<UInt32>(i));
+    if (!cursors.back().Next()) cursors.pop_back();
+  }
+  const auto is_after = [&](std::size_t a, std::size_t b) {
+    return IsBefore(cursors[b].chunk(), cursors[a].chunk(), by_time);
+  };
+  std::priority_queue<std::size_t, std::vector<std::size_t>, decltype(is_after)> next(is_after);
+  for (std::size_t i = 0; i < cursors.size(); ++i)
+    next.push(i);
+  while (!next.empty()) {
+    const std::size_t first = next.top();
+    next.pop();
+    if (!visit(cursors[first].chunk())) return;
+    if (cursors[first].Next()) next.push(first);
+  }
+}
+
+/// Finds out in which order the chunks are written. False when chunks of different tracks share
+/// bytes.
+bool Planner::FindOrder(bool* by_time) const {
+  InterleaveCheck check;
+  std::vector<UInt64> new_ends(plan_.sources.size());
+  std::vector<UInt64> old_ends(plan_.sources.size());
+  std::vector<UInt64> new_begins(plan_.sources.size(), std::numeric_limits<UInt64>::max());
+  bool is_shared = false;
+  Merge(false, [&](const PlannedChunk& chunk) {
+    if (chunk.size == 0) return true;
+    UInt64& end = (chunk.is_new ? new_ends : old_ends)[chunk.source];
+    is_shared = chunk.offset < end;
+    end = chunk.offset + chunk.size;
+    if (chunk.is_new) {
+      new_begins[chunk.source] = std::min(new_begins[chunk.source], chunk.offset);
+    } else {  // new chunks have all been seen
+      is_shared =
+          is_shared || (chunk.offset < new_ends[chunk.source] && end > new_begins[chunk.source]);
+    }
+    check.Add(chunk);
+    return !is_shared;
+  });
+  *by_time = !check.is_interleaved();
+  return !is_shared;
+}
+
+// --- Any tracks ----------------------------------------------------------------------------------
+
+void Planner::CollectChunks() {
+  std::size_t count = 0;
+  for (const TrackPlan& track : tracks_)
+    count += track.table != nullptr ? track.table->chunk_count() : 0;
+  chunks_.reserve(count);
+  for (std::size_t i = 0; i < tracks_.size(); ++i) {
+    if (tracks_[i].table == nullptr) continue;
+    ChunkCursor cursor(tracks_[i], static_cast<UInt32>(i));
+    while (cursor.Next())
+      chunks_.push_back(cursor.chunk());
+  }
 }
 
 void Planner::MakeRegions() {
@@ -162,66 +344,63 @@ void Planner::MakeRegions() {
     const bool overlaps = !regions_.empty() && regions_.back().source == chunk.source &&
                           chunk.offset < regions_.back().end;
     if (!overlaps) {
-      regions_.push_back({chunk.offset, end, chunk.time, chunk.source, IsNew(chunk)});
+      regions_.push_back({chunk.offset, end, chunk.time, chunk.source, chunk.is_new});
     } else {
       Region& region = regions_.back();
       region.end = std::max(region.end, end);
       region.time = std::min(region.time, chunk.time);
-      region.is_new = region.is_new || IsNew(chunk);
+      region.is_new = region.is_new || chunk.is_new;
     }
     region_of_chunk_[i] = static_cast<UInt32>(regions_.size() - 1);
   }
-}
-
-/// True when the old media data lies in one file in an order that suits playback.
-bool Planner::IsInterleaved() const {
-  const Region* previous = nullptr;
-  double latest = -std::numeric_limits<double>::infinity();
-  for (const Region& region : regions_) {
-    if (region.is_new || region.begin == region.end) continue;
-    if (previous != nullptr && previous->source != region.source) return false;
-    if (region.time < latest - kInterleaveSpan) return false;
-    latest = std::max(latest, region.time);
-    previous = &region;
-  }
-  return true;
 }
 
 void Planner::OrderRegions() {
   order_.resize(regions_.size());
   std::iota(order_.begin(), order_.end(), 0U);
   std::stable_partition(order_.begin(), order_.end(), [&](UInt32 i) { return regions_[i].is_new; });
-  if (IsInterleaved()) return;
+  InterleaveCheck check;
+  for (const Region& region : regions_)
+    check.Add(region);
+  if (check.is_interleaved()) return;
   const auto first_old =
       std::find_if(order_.begin(), order_.end(), [&](UInt32 i) { return !regions_[i].is_new; });
   std::stable_sort(first_old, order_.end(),
                    [&](UInt32 a, UInt32 b) { return regions_[a].time < regions_[b].time; });
 }
 
-/// Gives every region its place in the output and joins those that lie together in their source.
 void Planner::PlaceRegions() {
   for (const UInt32 i : order_) {
     Region& region = regions_[i];
-    region.output = plan_.media_size;
-    const UInt64 size = region.end - region.begin;
-    if (size == 0) continue;
-    plan_.media_size += size;
-    const DataSource* source = plan_.sources[region.source].get();
-    CopyRun* last = plan_.runs.empty() ? nullptr : &plan_.runs.back();
-    if (last != nullptr && last->source == source && last->offset + last->size == region.begin) {
-      last->size += size;
-    } else {
-      plan_.runs.push_back({source, region.begin, size});
-    }
+    region.output = AppendMedia(region.source, region.begin, region.end - region.begin);
   }
   for (std::size_t i = 0; i < chunks_.size(); ++i) {
     const Region& region = regions_[region_of_chunk_[i]];
-    plan_.chunk_offsets[chunks_[i].track].push_back(region.output +
-                                                    (chunks_[i].offset - region.begin));
+    plan_.chunk_offsets[chunks_[i].track].Append(region.output +
+                                                 (chunks_[i].offset - region.begin));
   }
 }
 
 }  // namespace
+
+void AppendBytes(UInt32 source, UInt64 offset, UInt64 size, CopyRuns* runs) {
+  if (size > 0 && !runs->empty()) {
+    CopyRun& last = runs->back();
+    if (last.source == source && last.offset + last.size == offset) {
+      const UInt64 room = kLargestRun - last.size;
+      const UInt64 joined = std::min(size, room);
+      last.size += static_cast<UInt32>(joined);
+      offset += joined;
+      size -= joined;
+    }
+  }
+  while (size > 0) {
+    const UInt64 part = std::min<UInt64>(size, kLargestRun);
+    runs->push_back({offset, static_cast<UInt32>(part), source});
+    offset += part;
+    size -= part;
+  }
+}
 
 OSStatus PlanFlatten(const MovieRecord& movie, FlattenPlan* plan) {
   *plan = FlattenPlan();

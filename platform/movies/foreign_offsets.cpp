@@ -1,6 +1,10 @@
 /// Absolute file offsets that stand in atoms other than the chunk tables.
 
+#include <algorithm>
+#include <array>
+
 #include "big_endian.h"
+#include "data_source.h"
 #include "movie_file.h"
 #include "movie_toolbox.h"
 
@@ -76,7 +80,73 @@ bool ReadAuxiliaryOffsets(std::span<const UInt8> payload, std::vector<ForeignOff
   return fields.ok();
 }
 
+/// The largest table of item locations that is read, and the number of atoms that are looked at.
+constexpr UInt64 kLargestTable = UInt64{16} << 20;
+constexpr std::size_t kMaximumLookedAt = std::size_t{1} << 16;
+
+/// Looks for `iloc` in a `meta`, or in a `meta` in a `udta`, and reads nothing else of them.
+class LargeAtomSearch {
+ public:
+  LargeAtomSearch(int descriptor, std::vector<ForeignOffset>* found)
+      : descriptor_(descriptor), found_(*found) {}
+
+  OSStatus Search(OSType type, FileSpan content) {
+    if (type == "udta"_4cc) return SearchChildren(content, "meta"_4cc);
+    return type == "meta"_4cc ? SearchMeta(content) : OSStatus{noErr};
+  }
+
+ private:
+  /// In ISO files version and flags, all zero, stand before the children.
+  OSStatus SearchMeta(FileSpan content) {
+    std::array<UInt8, 4> start = {};
+    if (content.size < start.size()) return noErr;
+    const OSStatus status = ReadFully(descriptor_, content.offset, start);
+    if (status != noErr) return status;
+    if (ReadU32(start.data()) == 0) content = {content.offset + 4, content.size - 4};
+    return SearchChildren(content, "iloc"_4cc);
+  }
+
+  OSStatus SearchChildren(FileSpan content, OSType wanted) {
+    while (content.size >= 8) {
+      if (++looked_at_ > kMaximumLookedAt) return invalidMovie;
+      std::array<UInt8, 16> header = {};
+      const auto count = static_cast<std::size_t>(std::min<UInt64>(content.size, header.size()));
+      OSStatus status = ReadFully(descriptor_, content.offset, std::span(header).first(count));
+      if (status != noErr) return status;
+      UInt64 size = ReadU32(header.data());
+      const UInt64 header_size = size == 1 ? 16 : 8;
+      if (size == 1) size = ReadU64(header.data() + 8);
+      if (size == 0) size = content.size;
+      if (size < header_size || size > content.size) return noErr;  // no atoms from here on
+      const FileSpan inside = {content.offset + header_size, size - header_size};
+      if (ReadU32(header.data() + 4) == wanted) {
+        status = wanted == "iloc"_4cc ? ReadTable(inside) : SearchMeta(inside);
+        if (status != noErr) return status;
+      }
+      content = {content.offset + size, content.size - size};
+    }
+    return noErr;
+  }
+
+  OSStatus ReadTable(FileSpan content) {
+    if (content.size > kLargestTable) return invalidMovie;
+    std::vector<UInt8> bytes(static_cast<std::size_t>(content.size));
+    const OSStatus status = ReadFully(descriptor_, content.offset, bytes);
+    if (status != noErr) return status;
+    return ReadItemLocations(bytes, &found_) ? noErr : OSStatus{invalidMovie};
+  }
+
+  int descriptor_;
+  std::vector<ForeignOffset>& found_;
+  std::size_t looked_at_ = 0;
+};
+
 }  // namespace
+
+OSStatus FindForeignOffsets(int file_descriptor, const LargeKeptAtom& kept,
+                            std::vector<ForeignOffset>* found) {
+  return LargeAtomSearch(file_descriptor, found).Search(kept.type, kept.content);
+}
 
 OSStatus FindForeignOffsets(const Atom& tree, std::vector<ForeignOffset>* found) {
   bool parsed = true;

@@ -48,7 +48,7 @@ class TopLevelWalk {
     status_ = ReadFully(descriptor_, offset_, std::span(header).first(count));
     if (status_ != noErr) return false;
     const UInt32 size = ReadU32(header.data());
-    *atom = {ReadU32(header.data() + 4), offset_, size, 8, false};
+    *atom = {ReadU32(header.data() + 4), offset_, size, 8, false, size == 0};
     if (size == 0) {
       if (atom->type == 0) return false;  // padding
       atom->size = left;
@@ -132,27 +132,38 @@ OSStatus ReadMovieAtom(int descriptor, MovieFile* file) {
   return status == noErr ? CheckStructure(*file->movie) : status;
 }
 
+/// Notes a kept atom that stays in its file.
+OSStatus NoteLargeAtom(int descriptor, const TopLevelAtom& place, MovieFile* file) {
+  LargeKeptAtom kept = {place.type, {}, {}};
+  kept.content = {place.offset + place.header_size, place.size - place.header_size};
+  if (place.truncated || place.to_end) {
+    kept.header = MakeAtomHeader(place.type, kept.content.size);
+  } else {
+    kept.header.resize(place.header_size);
+    const OSStatus status = ReadFully(descriptor, place.offset, kept.header);
+    if (status != noErr) return status;
+  }
+  file->kept_in_file.push_back(std::move(kept));
+  return noErr;
+}
+
 OSStatus ReadKeptAtoms(int descriptor, MovieFile* file) {
   for (const TopLevelAtom& place : file->top_level) {
     if (Contains(kNotKept, place.type)) continue;
-    if (place.size > kLargestKeptAtom && !place.truncated) {
-      file->kept_in_file.push_back({place.offset, place.size});
-      continue;
-    }
     std::unique_ptr<Atom> atom;
-    if (place.truncated) {  // what there is of it is kept, under a size that is true
-      if (place.size > kLargestKeptAtom) return invalidMovie;
+    OSStatus status = noErr;
+    if (place.size > kLargestKeptAtom) {
+      status = NoteLargeAtom(descriptor, place, file);
+    } else if (place.truncated) {  // what there is of it is kept, under a size that is true
       std::vector<UInt8> content(place.size - std::min<UInt64>(place.size, place.header_size));
-      const OSStatus status = ReadFully(descriptor, place.offset + place.header_size, content);
-      if (status != noErr) return status;
+      status = ReadFully(descriptor, place.offset + place.header_size, content);
       atom = std::make_unique<Atom>(place.type);
       atom->set_payload(std::move(content));
     } else {
-      const OSStatus status =
-          ReadAtom(descriptor, place.offset, place.size, kLargestKeptAtom, &atom);
-      if (status != noErr) return status;
+      status = ReadAtom(descriptor, place.offset, place.size, kLargestKeptAtom, &atom);
     }
-    file->kept.push_back(std::move(*atom));
+    if (status != noErr) return status;
+    if (atom) file->kept.push_back(std::move(*atom));
   }
   return noErr;
 }

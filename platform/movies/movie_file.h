@@ -23,6 +23,16 @@ struct TopLevelAtom {
   UInt64 size;         ///< header included; cut to the file's end if it says more
   UInt32 header_size;  ///< 8 or 16
   bool truncated;      ///< the size written reaches past the end of the file
+  bool to_end;         ///< the size written is 0: it reaches to the end of the file
+};
+
+/// A kept atom that stays in its file.
+struct LargeKeptAtom {
+  OSType type;
+  /// As it is written again: that of the file, unless its size holds only there (past or to the
+  /// end of the file).
+  std::vector<UInt8> header;
+  FileSpan content;
 };
 
 /// A kept atom above this is not read into memory.
@@ -42,9 +52,8 @@ struct MovieFile {
   /// `mdat`, `wide`, `free`, `skip`, and what indexes fragments (`styp`, `sidx`, `ssix`, `moof`,
   /// `mfra`, `prft`, `emsg`).
   std::vector<Atom> kept;
-  /// Those of them that are larger than `kLargestKeptAtom`: header and content as they lie in the
-  /// file.
-  std::vector<FileSpan> kept_in_file;
+  /// Those of them that are larger than `kLargestKeptAtom`.
+  std::vector<LargeKeptAtom> kept_in_file;
   UInt64 file_size = 0;
   bool was_fragmented = false;
 };
@@ -68,5 +77,8 @@ struct ForeignOffset {
 /// tables of `saio`. A movie that has some can't be moved without them. invalidMovie when such an
 /// atom does not parse.
 OSStatus FindForeignOffsets(const Atom& tree, std::vector<ForeignOffset>* found);
+/// The same for a kept atom that stays in its file; only what can name offsets is read.
+OSStatus FindForeignOffsets(int file_descriptor, const LargeKeptAtom& kept,
+                            std::vector<ForeignOffset>* found);
 
 }  // namespace quillmere::movies

@@ -64,7 +64,7 @@ OSStatus OutputFile::CreateNamed() {
   return fchmod(descriptor_, kFileMode & ~mask) == 0 ? noErr : LastError();
 }
 
-OSStatus OutputFile::Write(std::span<const UInt8> bytes) {
+OSStatus OutputFile::WriteOut(std::span<const UInt8> bytes) {
   while (!bytes.empty()) {
     const ssize_t count = write(descriptor_, bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
@@ -77,16 +77,29 @@ OSStatus OutputFile::Write(std::span<const UInt8> bytes) {
 
 OSStatus OutputFile::FlushBuffer() {
   const std::size_t count = std::exchange(buffered_, 0);
-  return Write({buffer_.get(), count});
+  return WriteOut({buffer_.get(), count});
 }
 
-/// Copies as much of the run as the system does; stops early, without an error, where it can't.
-OSStatus OutputFile::CopyWithinSystem(const CopyRun& run, UInt64* copied) {
+OSStatus OutputFile::Write(std::span<const UInt8> bytes) {
+  if (!buffer_) buffer_ = std::make_unique_for_overwrite<UInt8[]>(kBufferSize);
+  if (bytes.size() > kBufferSize - buffered_) {
+    const OSStatus status = FlushBuffer();
+    if (status != noErr) return status;
+  }
+  if (bytes.size() > kBufferSize) return WriteOut(bytes);
+  std::copy(bytes.begin(), bytes.end(), buffer_.get() + buffered_);
+  buffered_ += bytes.size();
+  return noErr;
+}
+
+/// Copies as much as the system does; stops early, without an error, where it can't.
+OSStatus OutputFile::CopyWithinSystem(const DataSource& source, UInt64 offset, UInt64 size,
+                                      UInt64* copied) {
   *copied = 0;
-  while (system_can_copy_ && *copied < run.size) {
-    auto position = static_cast<off_t>(run.offset + *copied);
-    const ssize_t count = copy_file_range(run.source->descriptor(), &position, descriptor_, nullptr,
-                                          static_cast<std::size_t>(run.size - *copied), 0);
+  while (system_can_copy_ && *copied < size) {
+    auto position = static_cast<off_t>(offset + *copied);
+    const ssize_t count = copy_file_range(source.descriptor(), &position, descriptor_, nullptr,
+                                          static_cast<std::size_t>(size - *copied), 0);
     if (count > 0) {
       *copied += static_cast<UInt64>(count);
     } else if (count == 0) {
@@ -100,12 +113,12 @@ OSStatus OutputFile::CopyWithinSystem(const CopyRun& run, UInt64* copied) {
   return noErr;
 }
 
-OSStatus OutputFile::CopyThroughBuffer(const CopyRun& run) {
+OSStatus OutputFile::CopyThroughBuffer(const DataSource& source, UInt64 offset, UInt64 size) {
   if (!buffer_) buffer_ = std::make_unique_for_overwrite<UInt8[]>(kBufferSize);
-  for (UInt64 done = 0; done < run.size;) {
+  for (UInt64 done = 0; done < size;) {
     const auto count =
-        static_cast<std::size_t>(std::min<UInt64>(run.size - done, kBufferSize - buffered_));
-    OSStatus status = run.source->Read(run.offset + done, {buffer_.get() + buffered_, count});
+        static_cast<std::size_t>(std::min<UInt64>(size - done, kBufferSize - buffered_));
+    OSStatus status = read_ahead_.Read(source, offset + done, {buffer_.get() + buffered_, count});
     if (status != noErr) return status;
     buffered_ += count;
     done += count;
@@ -115,22 +128,27 @@ OSStatus OutputFile::CopyThroughBuffer(const CopyRun& run) {
   return noErr;
 }
 
-OSStatus OutputFile::Copy(std::span<const CopyRun> runs, UInt64 piece,
-                          const CopyProgress& progress) {
+OSStatus OutputFile::CopyPiece(const DataSource& source, UInt64 offset, UInt64 size,
+                               bool is_small) {
+  UInt64 copied = 0;
+  if (!is_small) {
+    OSStatus status = buffered_ > 0 ? FlushBuffer() : noErr;
+    if (status == noErr) status = CopyWithinSystem(source, offset, size, &copied);
+    if (status != noErr) return status;
+  }
+  return copied < size ? CopyThroughBuffer(source, offset + copied, size - copied)
+                       : OSStatus{noErr};
+}
+
+OSStatus OutputFile::Copy(std::span<const std::shared_ptr<DataSource>> sources,
+                          const CopyRuns& runs, UInt64 piece, const CopyProgress& progress) {
   UInt64 done = 0;
   UInt64 reported = 0;
   for (const CopyRun& run : runs) {
     for (UInt64 at = 0; at < run.size;) {
       const UInt64 size = std::min(run.size - at, piece);
-      CopyRun part = {run.source, run.offset + at, size};
-      OSStatus status = noErr;
-      if (run.size >= kSmallRun) {
-        UInt64 copied = 0;
-        if (buffered_ > 0) status = FlushBuffer();
-        if (status == noErr) status = CopyWithinSystem(part, &copied);
-        part = {run.source, part.offset + copied, size - copied};
-      }
-      if (status == noErr && part.size > 0) status = CopyThroughBuffer(part);
+      OSStatus status =
+          CopyPiece(*sources[run.source], run.offset + at, size, run.size < kSmallRun);
       at += size;
       done += size;
       if (status == noErr && done - reported >= piece) {
@@ -140,12 +158,13 @@ OSStatus OutputFile::Copy(std::span<const CopyRun> runs, UInt64 piece,
       if (status != noErr) return status;
     }
   }
-  OSStatus status = buffered_ > 0 ? FlushBuffer() : noErr;
-  if (status == noErr && done > reported) status = progress(done);
-  return status;
+  const OSStatus status = buffered_ > 0 ? FlushBuffer() : noErr;
+  return status == noErr && done > reported ? progress(done) : status;
 }
 
 OSStatus OutputFile::Publish() {
+  const OSStatus flushed = buffered_ > 0 ? FlushBuffer() : noErr;
+  if (flushed != noErr) return flushed;
   if (temporary_path_.empty()) {
     const std::string open_file = "/proc/self/fd/" + std::to_string(descriptor_);
     if (linkat(AT_FDCWD, open_file.c_str(), AT_FDCWD, final_path_.c_str(), AT_SYMLINK_FOLLOW) !=

@@ -8,6 +8,7 @@
 
 #include "base_types.h"
 #include "flatten_plan.h"
+#include "read_ahead.h"
 
 namespace quillmere::movies {
 
@@ -26,19 +27,23 @@ class OutputFile {
 
   /// Opens a new file in the folder of its final name. A status of the files family on failure.
   OSStatus Create(const std::filesystem::path& final_path);
-  /// Appends bytes; dskFulErr when the disk is full.
+  /// Appends bytes, which may stay in a buffer until Publish; dskFulErr when the disk is full.
   OSStatus Write(std::span<const UInt8> bytes);
-  /// Appends stretches of other files: large ones within the system, small ones gathered in a
-  /// buffer. `piece` bytes at most, but for the buffer's rest, go by between two calls of
-  /// `progress`. eofErr when a source has become shorter.
-  OSStatus Copy(std::span<const CopyRun> runs, UInt64 piece, const CopyProgress& progress);
+  /// Appends stretches of these files: large ones within the system, small ones gathered in a
+  /// buffer and, where they follow each other at some distance, read together. `piece` bytes at
+  /// most, but for the buffer's rest, go by between two calls of `progress`. eofErr when a source
+  /// has become shorter.
+  OSStatus Copy(std::span<const std::shared_ptr<DataSource>> sources, const CopyRuns& runs,
+                UInt64 piece, const CopyProgress& progress);
   /// Gives the complete file its name; dupFNErr if a file has that name by now.
   OSStatus Publish();
 
  private:
   OSStatus CreateNamed();
-  OSStatus CopyWithinSystem(const CopyRun& run, UInt64* copied);
-  OSStatus CopyThroughBuffer(const CopyRun& run);
+  OSStatus CopyPiece(const DataSource& source, UInt64 offset, UInt64 size, bool is_small);
+  OSStatus CopyWithinSystem(const DataSource& source, UInt64 offset, UInt64 size, UInt64* copied);
+  OSStatus CopyThroughBuffer(const DataSource& source, UInt64 offset, UInt64 size);
+  OSStatus WriteOut(std::span<const UInt8> bytes);
   OSStatus FlushBuffer();
 
   int descriptor_ = -1;
@@ -46,6 +51,7 @@ class OutputFile {
   std::filesystem::path temporary_path_;  ///< empty while the file has no name
   std::unique_ptr<UInt8[]> buffer_;
   std::size_t buffered_ = 0;
+  ReadAhead read_ahead_;
   bool system_can_copy_ = true;
 };
 

@@ -310,13 +310,13 @@ UInt64 SampleTable::ChunkSize(const ChunkInfo& chunk) const {
 }
 
 bool SampleTable::ChunkWalk::Next(ChunkInfo* chunk) {
-  if (chunk_ == table_.chunk_count_) return false;
-  const std::vector<ChunkRun>& runs = table_.chunk_runs_;
+  if (chunk_ == table_->chunk_count_) return false;
+  const std::vector<ChunkRun>& runs = table_->chunk_runs_;
   if (run_ + 1 < runs.size() && runs[run_ + 1].first_chunk == chunk_) ++run_;
-  table_.PlaceChunk(runs[run_], chunk_, chunk);
-  table_.AdvanceTo(chunk->first_sample, &time_);
-  chunk->decode_time = table_.TimeAt(time_, chunk->first_sample);
-  chunk->size = table_.ChunkSize(*chunk);
+  table_->PlaceChunk(runs[run_], chunk_, chunk);
+  table_->AdvanceTo(chunk->first_sample, &time_);
+  chunk->decode_time = table_->TimeAt(time_, chunk->first_sample);
+  chunk->size = table_->ChunkSize(*chunk);
   ++chunk_;
   return true;
 }
@@ -496,35 +496,66 @@ OSStatus CheckChunkBounds(const SampleTable& table, UInt16 data_reference, UInt6
   return within ? OSStatus{noErr} : OSStatus{eofErr};
 }
 
-OSStatus ReplaceChunkOffsets(Atom* stbl, std::span<const UInt64> offsets, bool force_wide) {
+OSStatus ReplaceChunkOffsets(Atom* stbl, UInt64 count,
+                             const std::function<UInt64(UInt64)>& offset_of, bool force_wide) {
   std::vector<Atom>& siblings = stbl->children();
   const auto table = std::find_if(siblings.begin(), siblings.end(), IsChunkOffsetTable);
-  if (table == siblings.end()) return offsets.empty() ? OSStatus{noErr} : OSStatus{paramErr};
+  if (table == siblings.end()) return count == 0 ? OSStatus{noErr} : OSStatus{paramErr};
   const std::span<const UInt8> old = table->payload();
-  if (old.size() < 8 || ReadU32(old.data() + 4) != offsets.size()) return paramErr;
-  const bool wide = force_wide || std::any_of(offsets.begin(), offsets.end(), [](UInt64 offset) {
-                      return offset > std::numeric_limits<UInt32>::max();
-                    });
-  const std::size_t old_size = (table->type() == "co64"_4cc ? 8U : 4U) * offsets.size();
+  if (old.size() < 8 || ReadU32(old.data() + 4) != count) return paramErr;
+  const std::size_t old_size = (table->type() == "co64"_4cc ? 8U : 4U) * std::size_t{count};
   if (old.size() - 8 < old_size) return paramErr;
+  bool wide = force_wide;
+  for (UInt64 i = 0; i < count && !wide; ++i)
+    wide = offset_of(i) > std::numeric_limits<UInt32>::max();
   const std::size_t width = wide ? 8 : 4;
-  std::vector<UInt8> bytes(old.begin(), old.begin() + 8);
-  bytes.resize(8 + width * offsets.size());
+  const std::span<const UInt8> rest = old.subspan(8 + old_size);
+  std::vector<UInt8> bytes(8 + width * count + rest.size());
+  std::copy_n(old.begin(), 8, bytes.begin());
   UInt8* entry = bytes.data() + 8;
-  for (const UInt64 offset : offsets) {
+  for (UInt64 i = 0; i < count; ++i, entry += width) {
     if (wide) {
-      WriteU64(entry, offset);
+      WriteU64(entry, offset_of(i));
     } else {
-      WriteU32(entry, static_cast<UInt32>(offset));
+      WriteU32(entry, static_cast<UInt32>(offset_of(i)));
     }
-    entry += width;
   }
-  bytes.insert(bytes.end(), old.begin() + static_cast<std::ptrdiff_t>(8 + old_size), old.end());
+  std::copy(rest.begin(), rest.end(), entry);
   table->set_payload(std::move(bytes));
   table->set_type(wide ? "co64"_4cc : "stco"_4cc);
   // A second table of offsets would now be wrong.
   siblings.erase(std::remove_if(std::next(table), siblings.end(), IsChunkOffsetTable),
                  siblings.end());
+  return noErr;
+}
+
+OSStatus ReplaceChunkOffsets(Atom* stbl, std::span<const UInt64> offsets, bool force_wide) {
+  const auto offset_of = [offsets](UInt64 chunk) { return offsets[chunk]; };
+  return ReplaceChunkOffsets(stbl, offsets.size(), offset_of, force_wide);
+}
+
+OSStatus ShiftChunkOffsets(Atom* stbl, UInt64 distance) {
+  std::vector<Atom>& siblings = stbl->children();
+  const auto table = std::find_if(siblings.begin(), siblings.end(), IsChunkOffsetTable);
+  if (table == siblings.end()) return noErr;
+  const bool wide = table->type() == "co64"_4cc;
+  const std::span<UInt8> bytes = table->mutable_payload();
+  if (bytes.size() < 8) return invalidSampleTable;
+  const std::size_t width = wide ? 8 : 4;
+  const std::size_t count = ReadU32(bytes.data() + 4);
+  if ((bytes.size() - 8) / width < count) return invalidSampleTable;
+  const UInt64 largest =
+      wide ? std::numeric_limits<UInt64>::max() : UInt64{std::numeric_limits<UInt32>::max()};
+  UInt8* const end = bytes.data() + 8 + width * count;
+  for (UInt8* entry = bytes.data() + 8; entry != end; entry += width) {
+    UInt64 offset = wide ? ReadU64(entry) : ReadU32(entry);
+    if (!AddFits(offset, distance, &offset) || offset > largest) return invalidSampleTable;
+    if (wide) {
+      WriteU64(entry, offset);
+    } else {
+      WriteU32(entry, static_cast<UInt32>(offset));
+    }
+  }
   return noErr;
 }
 

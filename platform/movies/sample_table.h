@@ -5,6 +5,7 @@
 /// numbered from 0 here; sample descriptions from 1 as in the file.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -76,12 +77,9 @@ class SampleTable {
   /// the number of chunks (and a pass over the size table where sizes differ); a false result ends
   /// the walk.
   template <class Visit>
-  void ForEachChunk(Visit visit) const {
-    ChunkWalk walk(*this);
-    ChunkInfo chunk = {};
-    while (walk.Next(&chunk) && visit(static_cast<const ChunkInfo&>(chunk))) {
-    }
-  }
+  void ForEachChunk(Visit visit) const;
+  /// The same walk, a step at a time; the table has to outlive it.
+  class ChunkWalk;
 
  private:
   friend class SampleTableReader;
@@ -104,19 +102,6 @@ class SampleTable {
     UInt64 entry = 0;
     UInt64 first_sample = 0;
     SInt64 first_time = 0;
-  };
-
-  /// Goes through all chunks in order.
-  class ChunkWalk {
-   public:
-    explicit ChunkWalk(const SampleTable& table) : table_(table) {}
-    bool Next(ChunkInfo* chunk);
-
-   private:
-    const SampleTable& table_;
-    UInt64 chunk_ = 0;
-    std::size_t run_ = 0;
-    RunPosition time_;
   };
 
   UInt64 OffsetOfChunk(UInt64 chunk) const;
@@ -158,6 +143,27 @@ class SampleTable {
   mutable std::vector<UInt64> size_marks_;
 };
 
+class SampleTable::ChunkWalk {
+ public:
+  explicit ChunkWalk(const SampleTable& table) : table_(&table) {}
+  /// The next chunk; false behind the last one.
+  bool Next(ChunkInfo* chunk);
+
+ private:
+  const SampleTable* table_;
+  UInt64 chunk_ = 0;
+  std::size_t run_ = 0;
+  RunPosition time_;
+};
+
+template <class Visit>
+void SampleTable::ForEachChunk(Visit visit) const {
+  ChunkWalk walk(*this);
+  ChunkInfo chunk = {};
+  while (walk.Next(&chunk) && visit(static_cast<const ChunkInfo&>(chunk))) {
+  }
+}
+
 /// Checks that every chunk lies within a file of `file_size` bytes. Only chunks whose description
 /// names the data reference of that index count; 0 means all. eofErr when one does not.
 OSStatus CheckChunkBounds(const SampleTable& table, UInt16 data_reference, UInt64 file_size);
@@ -166,6 +172,13 @@ OSStatus CheckChunkBounds(const SampleTable& table, UInt16 data_reference, UInt6
 /// when an offset needs it or `force_wide` asks for it, else a `stco`, at the place of the old one
 /// among its siblings. paramErr unless there are as many offsets as chunks.
 OSStatus ReplaceChunkOffsets(Atom* stbl, std::span<const UInt64> offsets, bool force_wide = false);
+/// The same for `count` chunks whose offsets `offset_of(chunk)` gives, from chunk 0; it may be
+/// asked twice for each.
+OSStatus ReplaceChunkOffsets(Atom* stbl, UInt64 count,
+                             const std::function<UInt64(UInt64)>& offset_of, bool force_wide);
+/// Adds `distance` to all chunk offsets of an `stbl`; invalidSampleTable when one does not fit the
+/// table's width.
+OSStatus ShiftChunkOffsets(Atom* stbl, UInt64 distance);
 
 /// One entry of a size table whose entries have 4, 8, 16 (`stz2`) or 32 bits.
 UInt32 SizeTableEntry(const UInt8* entries, UInt32 bits, UInt64 index);

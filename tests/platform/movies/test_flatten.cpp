@@ -323,6 +323,62 @@ TEST_F(FlattenTest, TracksApartAreInterleaved) {
   EXPECT_LT(offsets("trak:2").first, offsets("trak:1").second);
 }
 
+TEST_F(FlattenTest, LargeKeptAtomsSurviveByteForByte) {
+  Bytes content(std::size_t{3} << 20);
+  for (std::size_t i = 0; i < content.size(); ++i)
+    content[i] = static_cast<UInt8>(i * i >> 7);
+  const Bytes original = ReadFile(movie);
+  const Bytes whole = MakeAtom("uuid", content);
+  const Bytes wide = MakeAtom64("quil", content);
+  const Bytes meta = MakeFullAtom("meta", 0, 0, MakeAtom("free", content));
+  Bytes cut = MakeAtom("last", content);
+  PutNumber(&cut, 0, cut.size() + 1000, 4);
+  // A size that holds only at the end of a file becomes a true one.
+  for (const Bytes& last : {cut, MakeAtomToEnd("last", content)}) {
+    WriteFile(movie, Concatenate({original, whole, wide, meta, last}));
+    ASSERT_EQ(OverlayAndFlatten(movie, png, output), noErr);
+    const Bytes after = ReadFile(output);
+    const Bytes kept = Concatenate({whole, wide, meta, MakeAtom("last", content)});
+    const std::size_t start = FindAtom(after, {"uuid"})->offset;
+    EXPECT_TRUE(std::equal(kept.begin(), kept.end(), after.begin() + std::ptrdiff_t(start)));
+    EXPECT_TRUE(FindAtom(after, {"mdat"}));
+    for (int track = 0; track < 3; ++track)
+      EXPECT_EQ(TrackHash(movie, track), TrackHash(output, track));
+  }
+}
+
+TEST_F(FlattenTest, DataNamedByItsPlaceElsewhereIsRefused) {
+  // One item of 16 bytes at offset 64, with construction method 0 (in the file) or 1 (in `idat`).
+  const auto locations = [](int method) {
+    return MakeFullAtom("iloc", 1, 0,
+                        ByteWriter()
+                            .U16(0x4400)
+                            .U16(1)
+                            .U16(1)
+                            .U16(UInt64(method))
+                            .U16(0)
+                            .U16(1)
+                            .U32(64)
+                            .U32(16)
+                            .bytes);
+  };
+  const Bytes original = ReadFile(movie);
+  for (const std::size_t room : {std::size_t{10}, std::size_t{3} << 20}) {
+    const Bytes free = MakeAtom("free", Bytes(room, 1));
+    for (const int method : {0, 1}) {
+      const Bytes children = Concatenate({free, locations(method)});
+      const Bytes iso = MakeFullAtom("meta", 0, 0, children);
+      const Bytes handler = MakeFullAtom("hdlr", 0, 0, Bytes(20, 0));
+      const Bytes quick_time = MakeAtom("meta", Concatenate({handler, children}));
+      for (const Bytes& atom : {iso, quick_time, MakeAtom("udta", iso)}) {
+        WriteFile(movie, Concatenate({original, atom}));
+        EXPECT_EQ(OverlayAndFlatten(movie, png, output), method == 0 ? invalidMovie : noErr)
+            << room << ' ' << method;
+      }
+    }
+  }
+}
+
 TEST_F(FlattenTest, StillBecomesAMovie) {
   ASSERT_EQ(OverlayAndFlatten(png, png, output), noErr);
   const Bytes image = ReadFile(png);
