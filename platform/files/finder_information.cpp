@@ -20,7 +20,7 @@ constexpr std::size_t kHeaderSize = 26;
 constexpr std::size_t kEntrySize = 12;
 /// The head of a sidecar holds its entries and the Finder information; forks behind it are not
 /// read.
-constexpr std::streamsize kSidecarHead = 64 * 1024;
+constexpr std::streamsize kSidecarHead = 64L * 1024;
 
 UInt32 Read32(std::span<const UInt8> bytes, std::size_t at) {
   return (UInt32{bytes[at]} << 24) | (UInt32{bytes[at + 1]} << 16) | (UInt32{bytes[at + 2]} << 8) |

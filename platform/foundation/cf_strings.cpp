@@ -300,9 +300,9 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encod
 CFComparisonResult CFStringCompare(CFStringRef a, CFStringRef b, CFOptionFlags options) {
   const icu::UnicodeString left = ReadOnly(a);
   const icu::UnicodeString right = ReadOnly(b);
-  const int order = options & kCFCompareCaseInsensitive
-                        ? left.caseCompare(right, U_COMPARE_CODE_POINT_ORDER)
-                        : left.compareCodePointOrder(right);
+  const std::int32_t order = options & kCFCompareCaseInsensitive
+                                 ? int{left.caseCompare(right, U_COMPARE_CODE_POINT_ORDER)}
+                                 : int{left.compareCodePointOrder(right)};
   return order < 0 ? kCFCompareLessThan : order > 0 ? kCFCompareGreaterThan : kCFCompareEqualTo;
 }
 

@@ -1,6 +1,7 @@
 #include "cf_values.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <utility>
@@ -58,7 +59,7 @@ bool Store(const std::variant<SInt64, double>& number, void* out) {
           const double low = static_cast<double>(std::numeric_limits<T>::min());
           const double high = static_cast<double>(std::numeric_limits<T>::max());
           if (!(value >= low)) {
-            narrowed = value == value ? std::numeric_limits<T>::min() : T{0};
+            narrowed = std::isnan(value) ? T{0} : std::numeric_limits<T>::min();
           } else if (value >= high) {
             narrowed = std::numeric_limits<T>::max();
           } else {

@@ -5,8 +5,6 @@
 
 #include "images_private.h"
 
-using quillmere::imaging::PixelBlock;
-
 const CFStringRef kCGColorSpaceGenericRGB = CFSTR("kCGColorSpaceGenericRGB");
 
 CGColorSpaceRef CGColorSpaceCreateWithName(CFStringRef name) {
