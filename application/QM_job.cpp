@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "GL_Controls.h"
+#include "GL_Errors.h"
 #include "GL_File.h"
 #include "GL_Memory.h"
 #include "GL_Process.h"
@@ -27,7 +28,6 @@ using quillmere::AtExit;
 using quillmere::Owned;
 using quillmere::movies::ProtectFromReplacement;
 
-constexpr SInt32 kNilPointerErr = 4008;
 QM_JobObserver job_observer{};
 
 /// Keeps the files that a job reads from being replaced by its outputs, for as long as it lives.
@@ -226,7 +226,7 @@ void QM_SetJobObserver(const QM_JobObserver* observer) {
 
 SInt32 QM_ApplyMask(WindowRef window) {
   QM_MaskData* data = QM_GetMaskData(window);
-  if (data == nullptr) return QM_ReportExit("QM_ApplyMask", kNilPointerErr);
+  if (data == nullptr) return QM_ReportExit("QM_ApplyMask", GL_NilPointerErr);
   data->busy = 1;
   data->moviesDone = 0;
   const SInt32 status = RunJob(window, data);
@@ -256,7 +256,7 @@ SInt32 QM_OverlayPNG(Movie movie, Handle data_reference, ImageDescriptionHandle 
 
   Track track = NewMovieTrack(movie, static_cast<Fixed>(box_width * 0x10000),
                               static_cast<Fixed>(image_height * 0x10000), 0);
-  if (track == nullptr) return FailOverlay("NewMovieTrack", kNilPointerErr);
+  if (track == nullptr) return FailOverlay("NewMovieTrack", GL_NilPointerErr);
   Media media = NewTrackMedia(track, "vide"_4cc, time_scale, data_reference, "alis"_4cc);
   std::memset(*image_description + kReserved32, 0, sizeof(UInt32));
   std::memset(*image_description + kReserved16, 0, sizeof(UInt16));
@@ -276,7 +276,7 @@ SInt32 QM_OverlayPNG(Movie movie, Handle data_reference, ImageDescriptionHandle 
 
 OSErr QM_ProgressProc(Movie /*movie*/, SInt16 message, SInt16 /*operation*/, Fixed percent_done,
                       SInt64 reference_constant) {
-  constexpr OSErr kWindowGone = kNilPointerErr;
+  constexpr OSErr kWindowGone = GL_NilPointerErr;
   const auto* data = reinterpret_cast<const QM_MaskData*>(reference_constant);
   if (!IsValidWindowPtr(data->window)) return kWindowGone;
   if (message != movieProgressOpen && message != movieProgressUpdatePercent) return noErr;

@@ -6,6 +6,7 @@
 
 #include "GL_CF.h"
 #include "GL_Controls.h"
+#include "GL_Errors.h"
 #include "GL_File.h"
 #include "GL_Process.h"
 #include "GL_Quartz.h"
@@ -26,7 +27,6 @@ namespace {
 
 using quillmere::Owned;
 
-constexpr SInt32 kNilPointerErr = 4008;
 constexpr const char kIconName[] = "Quillmere2-48 real size.png";
 
 /// An image source that expects a PNG; null if there is none to be made.
@@ -188,7 +188,7 @@ SInt32 QM_OpenDialog() {
 
 SInt32 QM_InitDialog(WindowRef window) {
   QM_MaskData* data = QM_GetMaskData(window);
-  if (data == nullptr) return kNilPointerErr;
+  if (data == nullptr) return GL_NilPointerErr;
   data->window = window;
   SInt32 status =
       GL_HIViewGetFrameByID(window, kQM_Signature, kQM_MaskPreview, &data->maskViewFrame);
@@ -249,7 +249,7 @@ SInt32 QM_HandleDlgControlHit(WindowRef window, OSType /*signature*/, SInt32 num
                               OSStatus* event_status) {
   *event_status = noErr;
   QM_MaskData* data = QM_GetMaskData(window);
-  if (data == nullptr) return QM_ReportExit("QM_HandleDlgControlHit", kNilPointerErr);
+  if (data == nullptr) return QM_ReportExit("QM_HandleDlgControlHit", GL_NilPointerErr);
   SInt32 status = HandleHit(window, number, data);
   if (status == noErr && IsValidWindowPtr(window)) {
     status = QM_SetApplyButtonActive(window);
@@ -260,7 +260,7 @@ SInt32 QM_HandleDlgControlHit(WindowRef window, OSType /*signature*/, SInt32 num
 
 SInt32 QM_SetApplyButtonActive(WindowRef window) {
   const QM_MaskData* data = QM_GetMaskData(window);
-  if (data == nullptr) return QM_ReportExit("QM_SetApplyButtonActive", kNilPointerErr);
+  if (data == nullptr) return QM_ReportExit("QM_SetApplyButtonActive", GL_NilPointerErr);
   const bool active = MF_FSRefValid(&data->maskFile) && MF_FSRefValid(&data->sourceFolder) &&
                       MF_FSRefValid(&data->targetFolder) && data->busy == 0;
   const SInt32 status = GL_ActivateDialogItemByID(window, kQM_Signature, kQM_Apply, active);
@@ -271,7 +271,7 @@ SInt32 QM_SetApplyButtonActive(WindowRef window) {
 
 SInt32 QM_ClearDialogItems(WindowRef window) {
   QM_MaskData* data = QM_GetMaskData(window);
-  if (data == nullptr) return QM_ReportExit("QM_ClearDialogItems", kNilPointerErr);
+  if (data == nullptr) return QM_ReportExit("QM_ClearDialogItems", GL_NilPointerErr);
   SInt32 status = ClearText(window, kQM_MaskName);
   if (status == noErr) {
     data->maskFile = {};
@@ -312,7 +312,7 @@ SInt32 QM_SetFileNameInDialog(WindowRef window, const FSRef* file, SInt32 text_c
 
 SInt32 QM_SetMaskPictureInDialog(WindowRef window) {
   const QM_MaskData* data = QM_GetMaskData(window);
-  if (data == nullptr) return QM_ReportExit("QM_SetMaskPictureInDialog", kNilPointerErr);
+  if (data == nullptr) return QM_ReportExit("QM_SetMaskPictureInDialog", GL_NilPointerErr);
   const Owned<CFURLRef> url(CFURLCreateFromFSRef(kCFAllocatorDefault, &data->maskFile));
   const Owned<CGImageSourceRef> source(CreatePngSource(url.get()));
   if (!source) return noErr;
@@ -345,7 +345,7 @@ SInt32 QM_SetIconInDialog(WindowRef window) {
 
 SInt32 QM_SetNumMoviesInDialog(WindowRef window) {
   QM_MaskData* data = QM_GetMaskData(window);
-  if (data == nullptr) return QM_ReportExit("QM_SetNumMoviesInDialog", kNilPointerErr);
+  if (data == nullptr) return QM_ReportExit("QM_SetNumMoviesInDialog", GL_NilPointerErr);
   GL_FileObjectElement* list = nullptr;
   SInt32 status = QT_MakeFolderMovieFileList(&data->sourceFolder, &list, 1, 0);
   if (status != noErr) {
@@ -361,7 +361,7 @@ SInt32 QM_SetNumMoviesInDialog(WindowRef window) {
 
 SInt32 QM_SetNumJpegsInDialog(WindowRef window) {
   QM_MaskData* data = QM_GetMaskData(window);
-  if (data == nullptr) return QM_ReportExit("QM_SetNumJpegsInDialog", kNilPointerErr);
+  if (data == nullptr) return QM_ReportExit("QM_SetNumJpegsInDialog", GL_NilPointerErr);
   SInt32 status = GL_CountFilesWithExtension(&data->sourceFolder, CFSTR("jpg"), &data->jpegCount);
   if (status != noErr) {
     QM_ReportFailure("GL_CountFilesWithExtension", status);

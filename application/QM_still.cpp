@@ -1,6 +1,7 @@
 #include "QM_still.h"
 
 #include "GL_CF.h"
+#include "GL_Errors.h"
 #include "QM_main.h"
 #include "images.h"
 #include "replacement_guard.h"
@@ -11,9 +12,6 @@ using quillmere::AtExit;
 using quillmere::Owned;
 using quillmere::movies::IsProtectedFromReplacement;
 
-constexpr SInt32 kNoUrlErr = 10023;
-constexpr SInt32 kNoBitmapContextErr = 10039;
-constexpr SInt32 kNoImageErr = 10041;
 constexpr Float32 kJpegQuality = 0.8F;
 
 /// What the file is to be written with: the quality, and the density of the source if it has one.
@@ -31,12 +29,12 @@ CFDictionaryRef CreateOptions(CVPixelBufferRef buffer) {
 /// Writes an image; a file that can't be made or written is no failure of the still.
 SInt32 WriteStill(const QM_MaskData* data, CGImageRef image, CVPixelBufferRef buffer) {
   const Owned<CFURLRef> folder(CFURLCreateFromFSRef(kCFAllocatorDefault, &data->targetFolder));
-  if (!folder) return kNoUrlErr;
+  if (!folder) return GL_NoURLErr;
   const Owned<CFStringRef> name(CFStringCreateWithFormat(kCFAllocatorDefault, nullptr,
                                                          CFSTR("%@-clean.jpg"), data->stillName));
   const Owned<CFURLRef> file(
       CFURLCreateCopyAppendingPathComponent(kCFAllocatorDefault, folder.get(), name.get(), 0));
-  if (!file) return kNoUrlErr;
+  if (!file) return GL_NoURLErr;
   if (IsProtectedFromReplacement(quillmere::PathOf(file.get()))) return dupFNErr;
   const Owned<CGImageDestinationRef> destination(
       CGImageDestinationCreateWithURL(file.get(), kUTTypeJPEG, 1, nullptr));
@@ -55,9 +53,9 @@ SInt32 WriteBuffer(const QM_MaskData* data, CVPixelBufferRef buffer, CGColorSpac
       CVPixelBufferGetBaseAddress(buffer), CVPixelBufferGetWidth(buffer),
       CVPixelBufferGetHeight(buffer), kBitsPerComponent, CVPixelBufferGetBytesPerRow(buffer), space,
       kCGImageAlphaPremultipliedFirst));
-  if (!context) return kNoBitmapContextErr;
+  if (!context) return GL_BitmapContextErr;
   const Owned<CGImageRef> image(CGBitmapContextCreateImage(context.get()));
-  if (!image) return kNoImageErr;
+  if (!image) return GL_ImageErr;
   return WriteStill(data, image.get(), buffer);
 }
 
@@ -75,7 +73,7 @@ void QM_ImageAvailableCallback(QTVisualContextRef context, const CVTimeStamp* ti
     status = WriteBuffer(data, buffer, space.get());
     CVPixelBufferRelease(buffer);
   }
-  if (status == kNoImageErr) status = noErr;  // counts as done, without a file
+  if (status == GL_ImageErr) status = noErr;  // counts as done, without a file
   data->stillError = status;
   if (status != noErr) QM_ReportExit("QM_ImageAvailableCallbackDL", status);
 }

@@ -120,7 +120,7 @@ SInt32 GL_CopyHandle(Handle source, Handle* copy) {
 SInt32 GL_HandAndHand(Handle* source, Handle dest, Boolean dispose_source) {
   if (!source) return paramErr;
   const SInt32 status = HandAndHand(*source, dest);
-  if (dispose_source) GL_DisposeHandle(source);
+  if (!status && dispose_source) GL_DisposeHandle(source);
   return status;
 }
 

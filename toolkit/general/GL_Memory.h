@@ -35,7 +35,7 @@ SInt32 GL_HdlToPtr(Handle* handle, void** ptr, Boolean dispose_handle);
 void GL_DisposeHandle(Handle* handle);
 /// A copy of a handle, null for a null source and on failure.
 SInt32 GL_CopyHandle(Handle source, Handle* copy);
-/// Appends the source's content to `dest`; the source goes if asked.
+/// Appends the source's content to `dest`; on success the source goes if asked.
 SInt32 GL_HandAndHand(Handle* source, Handle dest, Boolean dispose_source);
 /// Zeroes a handle's content.
 void GL_ClearHandle(Handle handle);
