@@ -145,20 +145,3 @@ OSErr FSCloseIterator(FSIterator iterator) {
   delete iterator;
   return noErr;
 }
-
-const CFStringRef kLSItemExtension = CFSTR("LSItemExtension");
-
-OSStatus LSCopyItemAttribute(const FSRef* reference, SInt32, CFStringRef name, CFTypeRef* value) {
-  if (!reference || !name || !value) return paramErr;
-  *value = nullptr;
-  if (CFStringCompare(name, kLSItemExtension, 0) != kCFCompareEqualTo) {
-    return kLSAttributeNotFoundErr;
-  }
-  fs::path path;
-  const OSStatus status = PathOf(*reference, &path);
-  if (status) return status;
-  const std::string extension = path.filename().extension().native();
-  if (extension.size() < 2) return kLSAttributeNotFoundErr;
-  *value = quillmere::CreateFromUtf8(std::string_view(extension).substr(1));
-  return noErr;
-}

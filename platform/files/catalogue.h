@@ -48,13 +48,3 @@ OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximum, ItemCount* ac
                            FSCatalogInfo* infos, FSRef* references, FSSpec* specs,
                            HFSUniStr255* names);
 OSErr FSCloseIterator(FSIterator iterator);
-
-/// Status of LSCopyItemAttribute for an object that does not have the attribute.
-inline constexpr OSStatus kLSAttributeNotFoundErr = -10662;
-extern const CFStringRef kLSItemExtension;
-/// The object's attribute `name`: kLSItemExtension gives the characters behind the last full stop
-/// of its name. A name that has none, begins with its only one or ends with it has no extension.
-/// `roles` is -1. The caller owns
-/// `*value`.
-OSStatus LSCopyItemAttribute(const FSRef* reference, SInt32 roles, CFStringRef name,
-                             CFTypeRef* value);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "catalogue.h"
+#include "launch_services.h"
 
 CFStringRef GL_CStrToCFStr(const char* text) {
   return CFStringCreateWithCString(kCFAllocatorDefault, text, CFStringGetSystemEncoding());

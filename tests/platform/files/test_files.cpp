@@ -10,6 +10,7 @@
 #include "catalogue.h"
 #include "file_references.h"
 #include "finder_information.h"
+#include "launch_services.h"
 #include "test_files.h"
 
 namespace {
