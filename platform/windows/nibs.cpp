@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include "cf_bundle.h"
 #include "cf_urls.h"
 #include "nib_reader_private.h"
 #include "windows_private.h"

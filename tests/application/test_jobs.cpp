@@ -12,7 +12,7 @@
 #include "QM_job.h"
 #include "QM_main.h"
 #include "automation.h"
-#include "cf_urls.h"
+#include "cf_bundle.h"
 #include "test_files.h"
 #include "views.h"
 #include "window_manager.h"

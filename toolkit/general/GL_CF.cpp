@@ -1,6 +1,7 @@
 #include "GL_CF.h"
 
 #include "GL_Errors.h"
+#include "cf_bundle.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include "automation.h"
 #include "carbon_events.h"
-#include "cf_urls.h"
+#include "cf_bundle.h"
 #include "descriptors.h"
 #include "file_references.h"
 #include "navigation_services.h"
