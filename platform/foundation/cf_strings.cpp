@@ -1,9 +1,8 @@
 #include "cf_strings.h"
 
 #include <unicode/brkiter.h>
-#include <unicode/ucnv.h>
 #include <unicode/unistr.h>
-#include <unicode/ustring.h>
+#include <unicode/utf16.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,9 +10,9 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <span>
 
 #include "string_format.h"
+#include "text_codecs.h"
 
 struct CFString final : CFObject {
   CFString(std::u16string text, bool can_change) : units(std::move(text)), is_mutable(can_change) {}
@@ -36,146 +35,6 @@ CFRange CutToString(CFStringRef string, CFRange range) {
   const CFIndex length = CFStringGetLength(string);
   const CFIndex start = std::clamp<CFIndex>(range.location, 0, length);
   return {start, std::clamp<CFIndex>(range.length, 0, length - start)};
-}
-
-/// Decodes UTF-8 strictly; false at the first byte that is not valid.
-bool DecodeUtf8(std::string_view bytes, std::u16string* units) {
-  units->resize(bytes.size());  // UTF-16 never takes more units than UTF-8 takes bytes
-  std::int32_t count = 0;
-  UErrorCode error = U_ZERO_ERROR;
-  u_strFromUTF8(units->data(), static_cast<std::int32_t>(units->size()), &count, bytes.data(),
-                static_cast<std::int32_t>(bytes.size()), &error);
-  units->resize(static_cast<std::size_t>(count));
-  return U_SUCCESS(error);
-}
-
-using ConverterPtr = std::unique_ptr<UConverter, decltype(&ucnv_close)>;
-
-/// A converter of the MacRoman character set that stops at what it does not know.
-ConverterPtr OpenMacRoman() {
-  UErrorCode error = U_ZERO_ERROR;
-  ConverterPtr converter(ucnv_open("macos-0_2-10.2", &error), &ucnv_close);
-  ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
-                        &error);
-  return converter;
-}
-
-/// The two directions of MacRoman as tables: 256 units, and the byte of each unit that has one.
-struct MacRomanTables {
-  UniChar to_unit[256];
-  std::map<UniChar, UInt8> to_byte;
-
-  MacRomanTables() {
-    const ConverterPtr converter = OpenMacRoman();
-    for (int byte = 0; byte < 256; ++byte) {
-      const char text = static_cast<char>(byte);
-      UniChar unit[2] = {0, 0};
-      UErrorCode error = U_ZERO_ERROR;
-      ucnv_toUChars(converter.get(), unit, 2, &text, 1, &error);
-      to_unit[byte] = U_SUCCESS(error) ? unit[0] : UniChar{0xFFFD};
-      to_byte.emplace(to_unit[byte], static_cast<UInt8>(byte));
-    }
-  }
-};
-
-const MacRomanTables& MacRoman() {
-  static const auto* tables = new MacRomanTables;
-  return *tables;
-}
-
-/// UTF-16 of bytes: a byte-order mark decides, else native order.
-bool DecodeUtf16(std::span<const UInt8> bytes, std::u16string* units) {
-  if (bytes.size() % 2) return false;
-  bool swapped = false;
-  if (bytes.size() >= 2 &&
-      ((bytes[0] == 0xFE && bytes[1] == 0xFF) || (bytes[0] == 0xFF && bytes[1] == 0xFE))) {
-    swapped = bytes[0] == 0xFE;
-    bytes = bytes.subspan(2);
-  }
-  for (std::size_t i = 0; i < bytes.size(); i += 2) {
-    const unsigned low = bytes[i + (swapped ? 1 : 0)];
-    const unsigned high = bytes[i + (swapped ? 0 : 1)];
-    units->push_back(static_cast<UniChar>(low | (high << 8)));
-  }
-  return true;
-}
-
-bool Decode(std::span<const UInt8> bytes, CFStringEncoding encoding, std::u16string* units) {
-  switch (encoding) {
-    case kCFStringEncodingUTF8:
-      return DecodeUtf8({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, units);
-    case kCFStringEncodingMacRoman:
-      for (const UInt8 byte : bytes)
-        units->push_back(MacRoman().to_unit[byte]);
-      return true;
-    case kCFStringEncodingUnicode:
-      return DecodeUtf16(bytes, units);
-    default:
-      return false;
-  }
-}
-
-/// One character's bytes in an encoding; `count` is 0 when it has none.
-struct Encoded {
-  UInt8 bytes[4];
-  std::size_t count = 0;
-};
-
-/// The UTF-8 of a character; nothing for an unpaired surrogate.
-std::size_t EncodeUtf8(UChar32 character, UInt8* bytes) {
-  if (U_IS_SURROGATE(character)) return 0;
-  const auto character_bits = static_cast<std::uint32_t>(character);
-  const auto tail = [character_bits](unsigned shift) {
-    return static_cast<UInt8>(0x80U | ((character_bits >> shift) & 0x3FU));
-  };
-  if (character_bits < 0x80) {
-    bytes[0] = static_cast<UInt8>(character_bits);
-    return 1;
-  }
-  if (character_bits < 0x800) {
-    bytes[0] = static_cast<UInt8>(0xC0U | (character_bits >> 6));
-    bytes[1] = tail(0);
-    return 2;
-  }
-  if (character_bits < 0x10000) {
-    bytes[0] = static_cast<UInt8>(0xE0U | (character_bits >> 12));
-    bytes[1] = tail(6);
-    bytes[2] = tail(0);
-    return 3;
-  }
-  bytes[0] = static_cast<UInt8>(0xF0U | (character_bits >> 18));
-  bytes[1] = tail(12);
-  bytes[2] = tail(6);
-  bytes[3] = tail(0);
-  return 4;
-}
-
-Encoded Encode(UChar32 character, CFStringEncoding encoding) {
-  Encoded out;
-  switch (encoding) {
-    case kCFStringEncodingUTF8:
-      out.count = EncodeUtf8(character, out.bytes);
-      break;
-    case kCFStringEncodingMacRoman: {
-      if (character > 0xFFFF) break;
-      const auto found = MacRoman().to_byte.find(static_cast<UniChar>(character));
-      if (found != MacRoman().to_byte.end()) out.bytes[out.count++] = found->second;
-      break;
-    }
-    case kCFStringEncodingUnicode: {
-      UniChar units[2];
-      std::size_t count = 0;
-      U16_APPEND_UNSAFE(units, count, character);
-      for (std::size_t i = 0; i < count; ++i) {
-        out.bytes[out.count++] = static_cast<UInt8>(units[i] & 0xFF);
-        out.bytes[out.count++] = static_cast<UInt8>(units[i] >> 8);
-      }
-      break;
-    }
-    default:
-      break;
-  }
-  return out;
 }
 
 icu::UnicodeString ReadOnly(CFStringRef string) {
@@ -202,7 +61,8 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
   if (count < 0 || (!bytes && count > 0) || count > std::numeric_limits<std::int32_t>::max())
     return nullptr;
   std::u16string units;
-  if (!Decode({bytes, static_cast<std::size_t>(count)}, encoding, &units)) return nullptr;
+  quillmere::text::Codec codec(encoding);
+  if (!codec.Decode({bytes, static_cast<std::size_t>(count)}, &units)) return nullptr;
   return Make(std::move(units));
 }
 
@@ -268,13 +128,15 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
                          UInt8 loss_byte, Boolean, UInt8* buffer, CFIndex capacity, CFIndex* used) {
   const CFRange cut = CutToString(string, range);
   const UniChar* units = quillmere::UnitsOf(string).data() + cut.location;
+  quillmere::text::Codec codec(encoding);
   CFIndex at = 0;
   CFIndex written = 0;
+  if (!codec.IsKnown()) loss_byte = 0;
   while (at < cut.length) {
     CFIndex next = at;
     UChar32 character;
     U16_NEXT(units, next, cut.length, character);
-    Encoded encoded = Encode(character, encoding);
+    quillmere::text::Encoded encoded = codec.Encode(static_cast<char32_t>(character));
     if (encoded.count == 0) {
       if (loss_byte == 0) break;
       encoded.bytes[encoded.count++] = loss_byte;
@@ -290,9 +152,7 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding) {
-  const CFIndex factor = encoding == kCFStringEncodingUTF8      ? 3
-                         : encoding == kCFStringEncodingUnicode ? 2
-                                                                : 1;
+  const CFIndex factor = quillmere::text::Codec(encoding).LargestBytesPerUnit();
   if (length < 0 || length > std::numeric_limits<CFIndex>::max() / factor) return -1;
   return length * factor;
 }

@@ -32,7 +32,7 @@ enum CFComparisonResult : SInt32 {
   kCFCompareGreaterThan = 1
 };
 
-/// Encodings, by number.
+/// Encodings, by number; every number of text_encodings.h is one.
 inline constexpr CFStringEncoding kCFStringEncodingMacRoman = 0;
 inline constexpr CFStringEncoding kCFStringEncodingUnicode = 0x0100;
 inline constexpr CFStringEncoding kCFStringEncodingUTF8 = 0x08000100;
