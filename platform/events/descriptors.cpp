@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "file_references.h"
+#include "text_coercions.h"
 
 struct DescriptorData {
   std::vector<UInt8> bytes;
@@ -113,6 +114,10 @@ OSErr AECoerceDesc(const AEDesc* from, OSType type, AEDesc* to) {
   if (from->dataHandle == nullptr) return errAECoercionFail;
   if (from->descriptorType == typeFileURL && type == typeFSRef) return CoerceToReference(*from, to);
   if (from->descriptorType == typeFSRef && type == typeFileURL) return CoerceToPath(*from, to);
+  std::vector<UInt8> text;
+  if (quillmere::events::CoerceText(from->descriptorType, from->dataHandle->bytes, type, &text)) {
+    return AECreateDesc(type, text.data(), static_cast<Size>(text.size()), to);
+  }
   return errAECoercionFail;
 }
 

@@ -28,7 +28,8 @@ OSErr AEDisposeDesc(AEDesc* descriptor);
 /// A deep copy.
 OSErr AEDuplicateDesc(const AEDesc* from, AEDesc* to);
 /// A new descriptor of another type: each type to itself, and `furl` (a path in UTF-8, or a file:
-/// URL) and `fsrf` into each other. errAECoercionFail otherwise.
+/// URL) and `fsrf` into each other, the forms of text (text_coercions.h) into each other.
+/// errAECoercionFail otherwise.
 OSErr AECoerceDesc(const AEDesc* from, OSType type, AEDesc* to);
 /// Copies at most `capacity` bytes of the data. errAEWrongDataType for a list.
 OSErr AEGetDescData(const AEDesc* descriptor, void* data, Size capacity);
