@@ -4,6 +4,7 @@
 #include "GL_Memory.h"
 #include "GL_Strings_Unicode.h"
 #include "MF_FileObjects.h"
+#include "NS_Errors.h"
 #include "reference_counted.h"
 
 namespace {
@@ -81,7 +82,7 @@ SInt32 NS_GetSingleFileFromUser(NavEventProcPtr event_procedure, NavObjectFilter
   SInt32 status = PrepareOptions(client_name, message, &options);
   if (status != noErr) return status;
   options.optionFlags |= kNavSupportPackages | kNavAllowOpenPackages;
-  if (event_procedure == nullptr) return kNS_NoEventProcErr;
+  if (event_procedure == nullptr) return NS_NoEventProcErr;
   NavDialogRef dialog = nullptr;
   status = NavCreateChooseFileDialog(&options, nullptr, event_procedure, nullptr, filter, &record,
                                      &dialog);
@@ -97,7 +98,7 @@ SInt32 NS_GetSingleFolderFromUser(NavEventProcPtr event_procedure, NavObjectFilt
   NavDialogCreationOptions options{};
   SInt32 status = PrepareOptions(nullptr, message, &options);
   if (status != noErr) return status;
-  if (event_procedure == nullptr) return kNS_NoEventProcErr;
+  if (event_procedure == nullptr) return NS_NoEventProcErr;
   NavDialogRef dialog = nullptr;
   status = NavCreateChooseFolderDialog(&options, event_procedure, filter, &record, &dialog);
   if (status != noErr) return status;

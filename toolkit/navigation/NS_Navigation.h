@@ -7,9 +7,6 @@
 #include "file_references.h"
 #include "navigation_services.h"
 
-/// The status for a missing event procedure.
-inline constexpr SInt32 kNS_NoEventProcErr = 25002;
-
 /// What the event procedure and the filters of one dialog share; zeroed before each.
 struct NS_CallbackRec {
   Boolean done;            ///< the dialog is over
@@ -27,8 +24,8 @@ void NS_EventProcPrototype(SInt32 selector, NavCBRec* parameters, void* callback
 void NS_DummyEventHandler(SInt32 selector, NavCBRec* parameters, void* callback_record);
 
 /// Lets the user choose one file. `filter`, `filter_data`, `client_name` and `message` may be null;
-/// without an event procedure the result is 25002 and no dialog is shown. `file` changes only at
-/// status 0.
+/// without an event procedure the result is NS_NoEventProcErr and no dialog is shown. `file`
+/// changes only at status 0.
 SInt32 NS_GetSingleFileFromUser(NavEventProcPtr event_procedure, NavObjectFilterProcPtr filter,
                                 const void* filter_data, CFStringRef client_name,
                                 CFStringRef message, FSRef* file);
