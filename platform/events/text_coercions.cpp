@@ -18,12 +18,6 @@ struct IntlTextHeader {
 };
 static_assert(sizeof(IntlTextHeader) == 4);
 
-bool IsText(OSType type) {
-  constexpr OSType kTypes[] = {typeText, typeIntlText, typeUnicodeText, typeUTF16Text,
-                               typeUTF8Text};
-  return std::ranges::find(kTypes, type) != std::end(kTypes);
-}
-
 bool IsBytes(OSType type) {
   return type == typeText || type == typeIntlText;
 }
@@ -42,6 +36,13 @@ TextEncoding EncodingOf(const IntlTextHeader& header) {
   return encoding;
 }
 
+/// The encoding in which text of a form is written.
+TextEncoding EncodingOf(OSType type) {
+  if (type == typeUTF8Text) return kTextEncodingUTF8;
+  if (type == typeUTF16Text) return kTextEncodingUTF16BE;
+  return IsBytes(type) ? EncodingOf(SystemHeader()) : kTextEncodingUnicode;
+}
+
 CFStringRef Decode(std::span<const UInt8> bytes, TextEncoding encoding) {
   return CFStringCreateWithBytes(kCFAllocatorDefault, bytes.data(),
                                  static_cast<CFIndex>(bytes.size()), encoding, 0);
@@ -53,8 +54,14 @@ CFStringRef DecodePlainText(std::span<const UInt8> bytes) {
   return Decode(bytes, kTextEncodingMacRoman);
 }
 
+bool HasByteOrderMark(std::span<const UInt8> bytes) {
+  return bytes.size() >= 2 &&
+         ((bytes[0] == 0xFE && bytes[1] == 0xFF) || (bytes[0] == 0xFF && bytes[1] == 0xFE));
+}
+
 CFStringRef Decode(OSType type, std::span<const UInt8> bytes) {
   if (type == typeText) return DecodePlainText(bytes);
+  if (type == typeUTF16Text && !HasByteOrderMark(bytes)) return Decode(bytes, kTextEncodingUTF16BE);
   if (type == typeUTF8Text) return Decode(bytes, kCFStringEncodingUTF8);
   if (type != typeIntlText) return Decode(bytes, kCFStringEncodingUnicode);
   IntlTextHeader header{};
@@ -79,6 +86,12 @@ void Append(std::vector<UInt8>* result, CFStringRef string, TextEncoding encodin
 
 }  // namespace
 
+bool IsText(OSType type) {
+  constexpr OSType kTypes[] = {typeText, typeIntlText, typeUnicodeText, typeUTF16Text,
+                               typeUTF8Text};
+  return std::ranges::find(kTypes, type) != std::end(kTypes);
+}
+
 bool CoerceText(OSType from, std::span<const UInt8> bytes, OSType to, std::vector<UInt8>* result) {
   result->clear();
   if (!IsText(from) || !IsText(to)) return false;
@@ -92,10 +105,7 @@ bool CoerceText(OSType from, std::span<const UInt8> bytes, OSType to, std::vecto
   const String string(Decode(from, bytes));
   if (!string) return false;
   if (to == typeIntlText) Append(result, SystemHeader());
-  const TextEncoding encoding = IsBytes(to)          ? EncodingOf(SystemHeader())
-                                : to == typeUTF8Text ? kCFStringEncodingUTF8
-                                                     : kCFStringEncodingUnicode;
-  Append(result, string.get(), encoding);
+  Append(result, string.get(), EncodingOf(to));
   return true;
 }
 

@@ -1,0 +1,35 @@
+/// What stands behind a descriptor.
+#pragma once
+
+#include <vector>
+
+#include "descriptors.h"
+
+/// A descriptor under its keyword; 0 in a list.
+struct DescriptorEntry {
+  AEKeyword keyword = 0;
+  quillmere::OwnedDescriptor value;
+};
+
+struct DescriptorData {
+  std::vector<UInt8> bytes;                 ///< of what is neither list nor record
+  bool is_record = false;                   ///< whatever its type
+  std::vector<DescriptorEntry> items;       ///< of a list, or a record's parameters
+  std::vector<DescriptorEntry> attributes;  ///< of an event
+};
+
+namespace quillmere::events {
+
+inline bool IsRecord(const AEDesc* descriptor) {
+  return descriptor != nullptr && descriptor->dataHandle != nullptr &&
+         descriptor->dataHandle->is_record;
+}
+inline bool IsList(const AEDesc* descriptor) {
+  return descriptor != nullptr && descriptor->dataHandle != nullptr &&
+         descriptor->descriptorType == typeAEList;
+}
+
+/// A coerced copy of the built-in kinds: `type` is neither the descriptor's own nor the wildcard.
+OSErr CoerceBuiltIn(const AEDesc& from, OSType type, AEDesc* to);
+
+}  // namespace quillmere::events
