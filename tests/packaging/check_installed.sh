@@ -14,6 +14,9 @@ test -x "$prefix/bin/$program"
 for size in scalable 256x256 48x48; do
   ls "$prefix/share/icons/hicolor/$size/apps/$icon".* >/dev/null
 done
+for table in "GL System Errors" "QT System Errors" "GL Framework Errors" "GL Lumped Library Errors" Localizable; do
+  test -s "$prefix/share/quillmere/en.lproj/$table.strings"
+done
 for page in quillmere quillmere-batch; do
   gzip -t "$prefix/share/man/man1/$page.1.gz"
 done
