@@ -4,6 +4,7 @@
 
 #include "base_types.h"
 #include "carbon_events.h"
+#include "cf_strings.h"
 
 inline constexpr OSStatus errInvalidWindowRef = -5600;
 
@@ -18,5 +19,7 @@ void SelectWindow(WindowRef window);
 void ShowWindow(WindowRef window);
 /// Closes and frees the window with its controls. Null and a window that has gone are allowed.
 void DisposeWindow(WindowRef window);
+/// A new string of the window's title, which the caller owns; null on failure.
+OSStatus CopyWindowTitleAsCFString(WindowRef window, CFStringRef* title);
 /// Puts what has been drawn in the window on the screen.
 OSStatus HIWindowFlush(WindowRef window);

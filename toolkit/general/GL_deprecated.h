@@ -1,0 +1,13 @@
+/// Older calls of the platform under one name each: they forward their arguments unchanged, so that
+/// what still uses such a call is found by this prefix.
+#pragma once
+
+#include "base_types.h"
+
+/// Which bytes begin a two-byte character of a script; `table` has 256 bytes. See FillParseTable.
+Boolean GLD_FillParseTable(UInt8* table, ScriptCode script);
+/// The port's text style, and the width in pixels of a Pascal string in it.
+void GLD_TextFont(SInt16 font);
+void GLD_TextFace(UInt8 face);
+void GLD_TextSize(SInt16 size);
+SInt16 GLD_StringWidth(const UInt8* pascal_string);
