@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "automation.h"
+#include "gui_application.h"
 #include "windows_private.h"
 
 namespace quillmere::windows {
@@ -34,8 +35,10 @@ QApplication& Application() {
     if (qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("offscreen")) {
       qInstallMessageHandler(DropRemarks);
     }
+    drawing::EndOffscreenApplication();  // there is one application object at a time
     auto made = std::make_unique<QApplication>(argument_count, arguments);
     made->setQuitOnLastWindowClosed(false);
+    ConnectEvents(made.get());
     return made.release();
   }();
   return *application;

@@ -2,47 +2,27 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QTimer>
 #include <algorithm>
-#include <cstring>
-#include <deque>
-#include <utility>
+#include <cmath>
 
+#include "event_host.h"
 #include "window_manager.h"
 #include "windows_private.h"
-
-struct EventParameter {
-  OSType name;
-  OSType type;
-  std::vector<UInt8> bytes;
-};
-
-struct EventObject {
-  OSType event_class = 0;
-  UInt32 kind = 0;
-  SInt32 references = 1;
-  bool queued = false;
-  WindowRef source = nullptr;  ///< the window that a command came from
-  std::vector<EventParameter> parameters;
-};
-
-struct EventQueue {
-  struct Entry {
-    EventRef event;
-    SInt16 priority;
-  };
-  std::deque<Entry> entries;
-};
 
 namespace {
 
 using quillmere::AtExit;
 using quillmere::windows::Application;
 
+/// The window that a command came from, a parameter that only this file reads.
+constexpr OSType kSourceWindow = "srcW"_4cc;
+constexpr OSType typeWindowRef = "wind"_4cc;
+
 struct EventState {
-  EventTarget application;
-  EventTarget dispatcher;
-  EventQueue queue;
-  QEventLoop* loop = nullptr;  ///< the one of RunApplicationEventLoop
+  QApplication* application = nullptr;
+  QEventLoop* loop = nullptr;     ///< the one of RunApplicationEventLoop
+  QTimer* next_firing = nullptr;  ///< wakes the loop for the event loop timers
   bool quit = false;
   bool serving = false;  ///< ReceiveNextEvent is serving the window system
 };
@@ -61,12 +41,15 @@ ControlRef ControlOf(EventRef event) {
 }
 
 EventTargetRef TargetOf(EventRef event) {
-  if (event->event_class == kEventClassControl) {
+  if (GetEventClass(event) == kEventClassControl) {
     if (ControlRef control = ControlOf(event)) return GetControlEventTarget(control);
     return nullptr;
   }
-  if (event->event_class == kEventClassCommand) {
-    WindowRef window = event->source != nullptr ? event->source : quillmere::windows::FrontWindow();
+  if (GetEventClass(event) == kEventClassCommand) {
+    WindowRef window = nullptr;
+    GetEventParameter(event, kSourceWindow, typeWindowRef, nullptr, kReferenceSize, nullptr,
+                      static_cast<void*>(&window));
+    if (window == nullptr) window = quillmere::windows::FrontWindow();
     if (IsValidWindowPtr(window)) return GetWindowEventTarget(window);
   }
   return GetApplicationEventTarget();
@@ -75,31 +58,15 @@ EventTargetRef TargetOf(EventRef event) {
 /// A hit that waited in the queue while its control became inactive, as the second of two quick
 /// clicks does, must not reach anybody.
 bool IsStaleHit(EventRef event) {
-  if (event->event_class != kEventClassControl || event->kind != kEventControlHit) return false;
+  if (GetEventClass(event) != kEventClassControl || GetEventKind(event) != kEventControlHit)
+    return false;
   return !HIViewIsActive(ControlOf(event), nullptr);
 }
 
-bool Wants(const InstalledHandler& handler, EventRef event) {
-  return std::any_of(
-      handler.types.begin(), handler.types.end(), [event](const EventTypeSpec& type) {
-        return type.eventClass == event->event_class && type.eventKind == event->kind;
-      });
-}
-
-OSStatus CallHandlers(const EventTarget& target, EventRef event) {
-  // A copy, since a handler may install others.
-  const std::vector<InstalledHandler> handlers = target.handlers;
-  for (auto handler = handlers.rbegin(); handler != handlers.rend(); ++handler) {
-    if (!Wants(*handler, event)) continue;
-    const OSStatus status = handler->procedure(nullptr, event, handler->user_data);
-    if (status != eventNotHandledErr) return status;
-  }
-  return eventNotHandledErr;
-}
-
-OSStatus StandardHandling(EventRef event, WindowRef window) {
+OSStatus StandardHandling(EventRef event, EventTargetRef target) {
+  auto* window = static_cast<WindowRef>(target->owner);
   HICommand command{};
-  if (event->event_class != kEventClassCommand || event->kind != kEventCommandProcess ||
+  if (GetEventClass(event) != kEventClassCommand || GetEventKind(event) != kEventCommandProcess ||
       GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command,
                         nullptr, &command) != noErr) {
     return eventNotHandledErr;
@@ -119,19 +86,38 @@ OSStatus StandardHandling(EventRef event, WindowRef window) {
   }
 }
 
-/// The next event of the queue, owned by the caller; null when it is empty.
-EventRef TakeFromQueue() {
-  auto& entries = State().queue.entries;
-  if (entries.empty()) return nullptr;
-  EventRef event = entries.front().event;
-  entries.pop_front();
-  event->queued = false;
-  return event;
+/// Has the loop woken when the next event loop timer is due.
+void ArmNextFiring();
+
+void FireTimers() {
+  quillmere::events::FireDueTimers();
+  ArmNextFiring();
+}
+
+void ArmNextFiring() {
+  const double seconds = quillmere::events::SecondsToNextTimer();
+  EventState& state = State();
+  if (std::isinf(seconds)) {
+    if (state.next_firing != nullptr) state.next_firing->stop();
+    return;
+  }
+  if (state.next_firing == nullptr) {
+    auto timer = std::make_unique<QTimer>();
+    timer->setSingleShot(true);
+    timer->setTimerType(Qt::PreciseTimer);
+    QObject::connect(timer.get(), &QTimer::timeout, &Application(), &FireTimers);
+    state.next_firing = timer.release();
+    state.next_firing->setParent(&Application());
+  }
+  // A longer time ends in a look at the clock and another wait.
+  constexpr double kLongestWait = 1e6;
+  state.next_firing->start(static_cast<int>(std::ceil(std::min(seconds, kLongestWait) * 1000)));
 }
 
 void DeliverQueue() {
+  FireTimers();
   if (State().serving) return;  // what fills the queue now is for the caller of ReceiveNextEvent
-  while (EventRef event = TakeFromQueue()) {
+  while (EventRef event = quillmere::events::TakeFromMainQueue()) {
     SendEventToEventTarget(event, GetEventDispatcherTarget());
     // The analyzer does not count references: this one was the queue's and holds until here.
     ReleaseEvent(event);  // NOLINT(clang-analyzer-cplusplus.NewDelete)
@@ -139,128 +125,42 @@ void DeliverQueue() {
 }
 
 void ScheduleDelivery() {
-  QMetaObject::invokeMethod(&Application(), &DeliverQueue, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(State().application, &DeliverQueue, Qt::QueuedConnection);
+}
+
+bool ServeWindowSystem(EventTimeout seconds) {
+  EventState& state = State();
+  if (state.serving) return false;
+  state.serving = true;
+  const AtExit served([&state] { state.serving = false; });
+  if (seconds > 0) {
+    QTimer limit;  // its firing is what ends the wait
+    limit.setSingleShot(true);
+    limit.setTimerType(Qt::PreciseTimer);
+    if (!std::isinf(seconds))
+      limit.start(static_cast<int>(std::ceil(std::min(seconds, 1e6) * 1000)));
+    Application().processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+  } else {
+    Application().processEvents(QEventLoop::AllEvents);
+  }
+  // Deliveries that were due have been put off; what the caller leaves in the queue needs another.
+  if (!quillmere::events::MainQueueIsEmpty()) ScheduleDelivery();
+  return true;
 }
 
 }  // namespace
 
-OSStatus CreateEvent(const void* /*allocator*/, OSType event_class, UInt32 kind, EventTime /*when*/,
-                     UInt32 /*attributes*/, EventRef* event) {
-  if (event == nullptr) return paramErr;
-  auto made = std::make_unique<EventObject>();
-  made->event_class = event_class;
-  made->kind = kind;
-  *event = made.release();
-  return noErr;
+namespace quillmere::windows {
+
+void ConnectEvents(QApplication* application) {
+  State().application = application;
+  static constexpr events::EventHost kHost{ScheduleDelivery, ServeWindowSystem, TargetOf,
+                                           IsStaleHit, StandardHandling};
+  events::SetEventHost(&kHost);
+  ScheduleDelivery();  // of what was posted before there was a window system
 }
 
-EventRef RetainEvent(EventRef event) {
-  if (event != nullptr) ++event->references;
-  return event;
-}
-
-void ReleaseEvent(EventRef event) {
-  if (event == nullptr || --event->references > 0) return;
-  const std::unique_ptr<EventObject> last(event);
-}
-
-OSType GetEventClass(EventRef event) {
-  return event != nullptr ? event->event_class : 0;
-}
-
-UInt32 GetEventKind(EventRef event) {
-  return event != nullptr ? event->kind : 0;
-}
-
-OSStatus GetEventParameter(EventRef event, OSType name, OSType type, OSType* actual_type,
-                           Size capacity, Size* actual_size, void* data) {
-  if (event == nullptr || capacity < 0) return paramErr;
-  for (const EventParameter& parameter : event->parameters) {
-    if (parameter.name != name || parameter.type != type) continue;
-    if (actual_type != nullptr) *actual_type = type;
-    if (actual_size != nullptr) *actual_size = static_cast<Size>(parameter.bytes.size());
-    const auto count = std::min(static_cast<std::size_t>(capacity), parameter.bytes.size());
-    if (data != nullptr && count > 0) std::memcpy(data, parameter.bytes.data(), count);
-    return noErr;
-  }
-  return eventParameterNotFoundErr;
-}
-
-OSStatus SetEventParameter(EventRef event, OSType name, OSType type, Size size, const void* data) {
-  if (event == nullptr || size < 0 || (data == nullptr && size > 0)) return paramErr;
-  const auto* bytes = static_cast<const UInt8*>(data);
-  EventParameter parameter{name, type, std::vector<UInt8>(bytes, bytes + size)};
-  for (EventParameter& present : event->parameters) {
-    if (present.name == name) {
-      present = std::move(parameter);
-      return noErr;
-    }
-  }
-  event->parameters.push_back(std::move(parameter));
-  return noErr;
-}
-
-EventTargetRef GetApplicationEventTarget() {
-  return &State().application;
-}
-
-EventTargetRef GetEventDispatcherTarget() {
-  return &State().dispatcher;
-}
-
-OSStatus InstallEventHandler(EventTargetRef target, EventHandlerProcPtr handler,
-                             ItemCount type_count, const EventTypeSpec* types, void* user_data) {
-  if (target == nullptr || target == GetEventDispatcherTarget() || handler == nullptr ||
-      (types == nullptr && type_count > 0)) {
-    return paramErr;
-  }
-  target->handlers.push_back({handler, {types, types + type_count}, user_data});
-  return noErr;
-}
-
-OSStatus SendEventToEventTarget(EventRef event, EventTargetRef target) {
-  if (event == nullptr || target == nullptr) return paramErr;
-  if (target == GetEventDispatcherTarget()) target = TargetOf(event);
-  if (target == nullptr || IsStaleHit(event)) return eventNotHandledErr;
-  RetainEvent(event);
-  const AtExit release([event] { ReleaseEvent(event); });
-  WindowRef window = target->window;
-  for (const EventTarget* next = target; next != nullptr; next = next->parent) {
-    const OSStatus status = CallHandlers(*next, event);
-    if (status != eventNotHandledErr) return status;
-  }
-  return StandardHandling(event, window);
-}
-
-EventQueueRef GetMainEventQueue() {
-  return &State().queue;
-}
-
-OSStatus PostEventToQueue(EventQueueRef queue, EventRef event, SInt16 priority) {
-  if (queue != GetMainEventQueue() || event == nullptr) return paramErr;
-  if (event->queued) return eventAlreadyPostedErr;
-  auto place = std::find_if(queue->entries.begin(), queue->entries.end(),
-                            [priority](const auto& entry) { return entry.priority < priority; });
-  queue->entries.insert(place, {RetainEvent(event), priority});
-  event->queued = true;
-  ScheduleDelivery();
-  return noErr;
-}
-
-OSStatus ReceiveNextEvent(ItemCount type_count, const EventTypeSpec* types, EventTimeout timeout,
-                          Boolean pull, EventRef* event) {
-  if (event == nullptr || type_count != 0 || types != nullptr || timeout > 0 || pull == 0) {
-    return paramErr;
-  }
-  EventState& state = State();
-  if (state.queue.entries.empty() && !state.serving) {
-    state.serving = true;
-    const AtExit served([&state] { state.serving = false; });
-    Application().processEvents(QEventLoop::AllEvents);
-  }
-  *event = TakeFromQueue();
-  return *event != nullptr ? noErr : eventLoopTimedOutErr;
-}
+}  // namespace quillmere::windows
 
 void FlushEvents(UInt16 mask, UInt16 /*stop_mask*/) {
   constexpr UInt16 kKeyDownMask = 8;
@@ -301,7 +201,10 @@ void PostCommand(OSType command, UInt32 attributes, WindowRef window) {
   if (CreateEvent(nullptr, kEventClassCommand, kEventCommandProcess, 0, 0, &event) != noErr) return;
   const HICommand record{attributes, command, 0, 0};
   SetEventParameter(event, kEventParamDirectObject, typeHICommand, sizeof record, &record);
-  event->source = window;
+  if (window != nullptr) {
+    SetEventParameter(event, kSourceWindow, typeWindowRef, kReferenceSize,
+                      static_cast<const void*>(&window));
+  }
   PostEventToQueue(GetMainEventQueue(), event, kEventPriorityStandard);
   ReleaseEvent(event);
 }

@@ -48,7 +48,7 @@ void InitView(ViewRecord* view, WindowRef window, QWidget* widget) {
   view->window = window;
   view->widget = widget;
   view->target.parent = &window->target;
-  view->target.window = window;
+  view->target.owner = window;
 }
 
 }  // namespace
@@ -89,6 +89,14 @@ void DisposeWindow(WindowRef window) {
   widget->deleteLater();
 }
 
+OSStatus CopyWindowTitleAsCFString(WindowRef window, CFStringRef* title) {
+  if (title == nullptr) return paramErr;
+  *title = nullptr;
+  if (!IsValidWindowPtr(window)) return errInvalidWindowRef;
+  *title = quillmere::CreateFromUtf8(window->widget->windowTitle().toStdString());
+  return noErr;
+}
+
 OSStatus HIWindowFlush(WindowRef window) {
   if (!IsValidWindowPtr(window)) return errInvalidWindowRef;
   QCoreApplication::sendPostedEvents(window->widget, QEvent::UpdateRequest);
@@ -108,7 +116,7 @@ WindowRef RegisterWindow(std::unique_ptr<QWidget> widget) {
   QWidget* shown = widget.release();
   window->widget = shown;
   window->target.parent = GetApplicationEventTarget();
-  window->target.window = window;
+  window->target.owner = window;
   InitView(&window->root, window, shown);
   for (QWidget* child : shown->findChildren<QWidget*>()) {
     const OSType signature = CodeOfText(child->property("signature").toString());

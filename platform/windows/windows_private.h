@@ -13,18 +13,6 @@
 #include "cf_strings.h"
 #include "views.h"
 
-struct InstalledHandler {
-  EventHandlerProcPtr procedure;
-  std::vector<EventTypeSpec> types;
-  void* user_data;
-};
-
-struct EventTarget {
-  EventTarget* parent = nullptr;
-  WindowRef window = nullptr;  ///< null for the application
-  std::vector<InstalledHandler> handlers;
-};
-
 /// A control, or the root view of a window. Records live as long as the process, so that a
 /// reference can be checked at any time; `widget` is null once the window has gone.
 struct ViewRecord {
@@ -55,6 +43,8 @@ namespace quillmere::windows {
 
 /// The one application object, made at the first call.
 QApplication& Application();
+/// Lets the main queue and the event loop timers be served by the application object's loop.
+void ConnectEvents(QApplication* application);
 /// True when nothing that is shown or played reaches a person.
 bool RunsWithoutDisplay();
 
