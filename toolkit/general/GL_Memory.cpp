@@ -1,8 +1,11 @@
 #include "GL_Memory.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+
+using quillmere::SetMemError;
 
 namespace {
 
@@ -10,11 +13,13 @@ std::size_t Bytes(Size size) {
   return static_cast<std::size_t>(size);
 }
 
+/// A block of at least one byte, so that an empty one has an address too.
 SInt32 Allocate(Size size, void** ptr, bool clear) {
-  if (!ptr || size < 0) return paramErr;
+  if (ptr) *ptr = nullptr;
+  if (!ptr || size < 0) return SetMemError(paramErr);
   const std::size_t bytes = Bytes(size > 0 ? size : 1);
   *ptr = clear ? std::calloc(bytes, 1) : std::malloc(bytes);
-  return *ptr ? noErr : memFullErr;
+  return SetMemError(*ptr ? noErr : memFullErr);
 }
 
 /// A scratch size rounded up to a multiple of 16; -1 if it is negative or would pass 31 bits.
@@ -60,10 +65,10 @@ SInt32 GL_SetPtrSizeClear(Size old_size, Size new_size, void** ptr) {
   if (!*ptr) return GL_NewPtrClear(new_size, ptr);
   if (new_size <= old_size) return noErr;
   void* grown = std::realloc(*ptr, Bytes(new_size));
-  if (!grown) return memFullErr;
+  if (!grown) return SetMemError(memFullErr);
   std::memset(static_cast<char*>(grown) + old_size, 0, Bytes(new_size - old_size));
   *ptr = grown;
-  return noErr;
+  return SetMemError(noErr);
 }
 
 SInt32 GL_PtrAndPtr(void** source, Size source_size, void** dest, Size dest_size, Size offset,
@@ -75,7 +80,7 @@ SInt32 GL_PtrAndPtr(void** source, Size source_size, void** dest, Size dest_size
   }
   const Size needed = source_size + offset;
   // The copy starts behind the old content, so a smaller offset would write past the block.
-  if (*dest && offset < dest_size) return paramErr;
+  if (offset < dest_size) return paramErr;
   if (needed > dest_size || !*dest) {
     const SInt32 status = GL_SetPtrSizeClear(dest_size, needed, dest);
     if (status) return status;
@@ -93,10 +98,9 @@ SInt32 GL_ConvertPtrToHandle(void** ptr, Size size, Handle* handle, Boolean disp
 }
 
 SInt32 GL_HdlToPtr(Handle* handle, void** ptr, Boolean dispose_handle) {
-  if (!ptr) return paramErr;
-  *ptr = nullptr;
-  SInt32 status = noErr;
-  if (handle && *handle) {
+  SInt32 status = ptr ? noErr : paramErr;
+  if (ptr) *ptr = nullptr;
+  if (ptr && handle && *handle) {
     const Size size = GetHandleSize(*handle);
     status = GL_NewPtr(size, ptr);
     if (!status) std::memcpy(*ptr, **handle, Bytes(size));
@@ -107,7 +111,11 @@ SInt32 GL_HdlToPtr(Handle* handle, void** ptr, Boolean dispose_handle) {
 
 void GL_DisposeHandle(Handle* handle) {
   if (!handle) return;
-  if (*handle) DisposeHandle(*handle);
+  if ((HGetState(*handle) & kHandleResourceMask) != 0) {
+    ReleaseResource(*handle);
+  } else {
+    DisposeHandle(*handle);
+  }
   *handle = nullptr;
 }
 
@@ -146,6 +154,11 @@ Boolean GL_EqualBytes(const void* a, const void* b, Size size) {
   return size <= 0 || std::memcmp(a, b, Bytes(size)) == 0;
 }
 
+Boolean GL_AreBytesClear(const void* ptr, Size size) {
+  const auto* bytes = static_cast<const UInt8*>(ptr);
+  return size <= 0 || std::all_of(bytes, bytes + size, [](UInt8 byte) { return byte == 0; });
+}
+
 void* GL_AllocateFromScratch(GL_ScratchArea* scratch, SInt32 size, Boolean* from_heap,
                              Boolean clear) {
   const SInt32 rounded = RoundScratchSize(size);
@@ -174,7 +187,7 @@ void GL_DeAllocateFromScratch(GL_ScratchArea* scratch, SInt32 size, Boolean from
   if (from_heap) {
     std::free(ptr);
   } else if (rounded >= 0) {
-    scratch->used -= rounded;
+    scratch->used = std::max(scratch->used - rounded, 0);
   }
 }
 

@@ -31,19 +31,24 @@ SInt32 GL_ConvertPtrToHandle(void** ptr, Size size, Handle* handle, Boolean disp
 /// A block with a copy of the handle's content. A null handle gives a null block and 0. The handle
 /// goes if asked, on failure too.
 SInt32 GL_HdlToPtr(Handle* handle, void** ptr, Boolean dispose_handle);
-/// Disposes of a handle and clears the variable; null does nothing.
+/// Disposes of a handle, a resource (kHandleResourceMask) through ReleaseResource, and clears the
+/// variable; null does nothing.
 void GL_DisposeHandle(Handle* handle);
 /// A copy of a handle, null for a null source and on failure.
 SInt32 GL_CopyHandle(Handle source, Handle* copy);
 /// Appends the source's content to `dest`; on success the source goes if asked.
 SInt32 GL_HandAndHand(Handle* source, Handle dest, Boolean dispose_source);
-/// Zeroes a handle's content.
+/// Zeroes a handle's content; null does nothing.
 void GL_ClearHandle(Handle handle);
 /// Two null handles are equal, one null is not; otherwise sizes and bytes decide.
 Boolean GL_EqualHandles(Handle a, Handle b);
+/// Sets bytes to 0 or to `value`. A null block or a size that is not above 0 does nothing.
 void GL_ClearBytes(void* ptr, Size size);
 void GL_SetBytes(void* ptr, Size size, UInt8 value);
+/// 1 if the bytes are the same, also if there are none.
 Boolean GL_EqualBytes(const void* a, const void* b, Size size);
+/// 1 if all bytes are 0, also if there are none.
+Boolean GL_AreBytesClear(const void* ptr, Size size);
 
 /// A caller's memory from which short-lived blocks are taken like from a stack. Used by one thread.
 struct GL_ScratchArea {
@@ -62,7 +67,7 @@ void* GL_AllocateFromScratch(GL_ScratchArea* scratch, SInt32 size, Boolean* from
 void* GL_AllocateFromScratch32(GL_ScratchArea* scratch, SInt32 count, Boolean* from_heap,
                                Boolean clear);
 /// Gives a block back, in the reverse order of allocation: with `from_heap` it is freed, else
-/// `used` goes down by the rounded size.
+/// `used` goes down by the rounded size, to 0 at most.
 void GL_DeAllocateFromScratch(GL_ScratchArea* scratch, SInt32 size, Boolean from_heap, void* ptr);
 void GL_DeAllocateFromScratch32(GL_ScratchArea* scratch, SInt32 count, Boolean from_heap,
                                 void* ptr);

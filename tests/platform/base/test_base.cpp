@@ -67,6 +67,24 @@ TEST(Handles, ReportWhatIsWrong) {
   DisposeHandle(handle);
 }
 
+TEST(Handles, DoNotMoveWhileLocked) {
+  Handle handle = NewHandle(64);
+  HLock(handle);
+  const Ptr block = *handle;
+  SetHandleSize(handle, 8);
+  EXPECT_EQ(GetHandleSize(handle), 8);
+  SetHandleSize(handle, 64);
+  EXPECT_EQ(MemError(), noErr);
+  SetHandleSize(handle, 65);
+  EXPECT_EQ(MemError(), memFullErr);
+  EXPECT_EQ(GetHandleSize(handle), 64);
+  EXPECT_EQ(*handle, block);
+  HUnlock(handle);
+  SetHandleSize(handle, 1 << 20);
+  EXPECT_EQ(MemError(), noErr);
+  DisposeHandle(handle);
+}
+
 struct Counted final : CFObject {
   explicit Counted(int* gone) : gone_(gone) {}
   ~Counted() override { ++*gone_; }

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "GL_File.h"
-#include "GL_Memory.h"
 #include "GL_QuickDraw.h"
 #include "GL_Strings_Unicode.h"
 #include "LL_Linked_Lists.h"
@@ -22,98 +21,6 @@ FSRef Reference(const fs::path& path) {
   FSRef reference{};
   EXPECT_EQ(quillmere::files::ReferenceOf(path, &reference), noErr) << path;
   return reference;
-}
-
-TEST(Memory, BlocksGrowZeroedAndNeverShrink) {
-  void* block = nullptr;
-  ASSERT_EQ(GL_SetPtrSizeClear(0, 8, &block), noErr);
-  void* same = block;
-  EXPECT_EQ(GL_SetPtrSizeClear(8, 8, &block), noErr);
-  EXPECT_EQ(GL_SetPtrSizeClear(8, 4, &block), noErr);
-  EXPECT_EQ(block, same);
-  GL_SetBytes(block, 8, 0xAA);
-  ASSERT_EQ(GL_SetPtrSizeClear(8, 4096, &block), noErr);
-  const auto* bytes = static_cast<const UInt8*>(block);
-  EXPECT_EQ(bytes[7], 0xAA);
-  for (int i = 8; i < 4096; ++i)
-    ASSERT_EQ(bytes[i], 0);
-  void* source = nullptr;
-  GL_NewPtrClear(4, &source);
-  EXPECT_EQ(GL_PtrAndPtr(&source, 4, &block, 4096, 4096, 1), noErr);
-  EXPECT_EQ(source, nullptr);
-  GL_DisposePtr(&block);
-  GL_DisposePtr(&block);
-  EXPECT_EQ(block, nullptr);
-}
-
-TEST(Memory, ScratchIsAStackThatFallsBackToTheHeap) {
-  alignas(16) UInt8 memory[64];
-  GL_ScratchArea scratch = {memory, sizeof(memory), 0, 0};
-  Boolean from_heap = 1;
-  EXPECT_EQ(GL_AllocateFromScratch(&scratch, 1, &from_heap, 1), memory);
-  EXPECT_FALSE(from_heap);
-  EXPECT_EQ(scratch.used, 16);
-  // A request of exactly the free space goes to the heap.
-  void* heap = GL_AllocateFromScratch32(&scratch, 12, &from_heap, 0);
-  EXPECT_TRUE(from_heap);
-  EXPECT_EQ(scratch.error, -108);
-  GL_DeAllocateFromScratch32(&scratch, 12, from_heap, heap);
-  EXPECT_EQ(scratch.used, 16);
-  GL_DeAllocateFromScratch(&scratch, 1, 0, memory);
-  EXPECT_EQ(scratch.used, 0);
-  EXPECT_EQ(GL_AllocateFromScratch(&scratch, -1, &from_heap, 0), nullptr);
-  EXPECT_EQ(GL_AllocateFromScratch32(&scratch, 1 << 30, &from_heap, 0), nullptr);
-}
-
-struct NumberElement {
-  NumberElement* next;
-  int number;
-};
-
-std::vector<int> Numbers(const NumberElement* list) {
-  std::vector<int> numbers;
-  for (; list; list = list->next)
-    numbers.push_back(list->number);
-  return numbers;
-}
-
-NumberElement* Add(NumberElement** list, void* behind, int number) {
-  void* added = nullptr;
-  EXPECT_EQ(LL_AddNewPtr(sizeof(NumberElement), behind, quillmere::ListHead(list), &added), noErr);
-  static_cast<NumberElement*>(added)->number = number;
-  return static_cast<NumberElement*>(added);
-}
-
-TEST(Lists, KeepTheirOrder) {
-  NumberElement* list = nullptr;
-  NumberElement* two = Add(&list, nullptr, 2);
-  Add(&list, nullptr, 4);
-  Add(&list, LL_FrontPlace(), 1);
-  Add(&list, two, 3);
-  EXPECT_EQ(Numbers(list), (std::vector<int>{1, 2, 3, 4}));
-  EXPECT_EQ(LL_PtrListCount(list), 4);
-  EXPECT_EQ(LL_GetPtrIndex(list, two), 2);
-  EXPECT_EQ(LL_GetPtrByIndex(list, 0), list);
-  EXPECT_EQ(LL_GetPtrByIndex(list, 5), nullptr);
-  EXPECT_EQ(LL_GetPrevPtr(list, two), list);
-  void* gone = list;
-  LL_DeletePtr(quillmere::ListHead(&list), &gone);
-  EXPECT_EQ(gone, nullptr);
-  EXPECT_EQ(Numbers(list), (std::vector<int>{2, 3, 4}));
-  Add(&list, nullptr, 2);
-  Add(&list, nullptr, 3);
-  LL_RemoveIdenticalElements(list, nullptr, 1);
-  EXPECT_EQ(LL_PtrListCount(list), 5);
-  LL_RemoveIdenticalElements(
-      list,
-      [](const void* a, const void* b) -> Boolean {
-        return static_cast<const NumberElement*>(a)->number ==
-               static_cast<const NumberElement*>(b)->number;
-      },
-      1);
-  EXPECT_EQ(Numbers(list), (std::vector<int>{2, 3, 4}));
-  LL_DisposeLinkedList(quillmere::ListHead(&list));
-  EXPECT_EQ(list, nullptr);
 }
 
 TEST(Text, NameEndsAndExtensions) {
