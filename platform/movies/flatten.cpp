@@ -226,8 +226,9 @@ class Flattener {
     for (const Atom& kept : file.kept)
       kept.Write(write);
     for (const LargeKeptAtom& kept : file.kept_in_file) {
-      CopyRuns runs;
-      AppendBytes(0, kept.content.offset, kept.content.size, &runs);
+      const auto runs = [&kept](const RunVisitor& visit) {
+        return visit({kept.content.offset, kept.content.size, 0});
+      };
       write(kept.header);
       if (status == noErr) status = Copy({&movie_.source, 1}, runs, kept.content.size, output);
     }
@@ -236,7 +237,7 @@ class Flattener {
   }
 
   /// Copies runs of `size` bytes together, and reports.
-  OSStatus Copy(std::span<const std::shared_ptr<DataSource>> sources, const CopyRuns& runs,
+  OSStatus Copy(std::span<const std::shared_ptr<DataSource>> sources, const RunWalk& runs,
                 UInt64 size, OutputFile* output) {
     constexpr UInt64 kSmallestPiece = UInt64{8} << 20;
     constexpr UInt64 kLargestPiece = UInt64{64} << 20;

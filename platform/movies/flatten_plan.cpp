@@ -7,7 +7,6 @@
 #include <limits>
 #include <map>
 #include <numeric>
-#include <queue>
 #include <tuple>
 #include <utility>
 
@@ -23,8 +22,6 @@ namespace {
 /// A source's tracks count as interleaved while no chunk lies behind one that plays this many
 /// seconds later.
 constexpr double kInterleaveSpan = 5.0;
-/// Bytes of the largest run: a multiple of what file systems copy at once.
-constexpr UInt64 kLargestRun = UInt64{1} << 31;
 
 struct PlannedChunk {
   UInt64 offset = 0;  ///< in its source
@@ -128,6 +125,82 @@ class InterleaveCheck {
   double latest_ = -std::numeric_limits<double>::infinity();
 };
 
+/// Calls `visit(const PlannedChunk&)` for the chunks of all tracks, by source and offset or by
+/// time, those of new tracks first, until it gives false. Each track has to be in that order by
+/// itself.
+template <class Visit>
+void MergeChunks(const std::vector<TrackPlan>& tracks, bool by_time, Visit visit) {
+  std::vector<ChunkCursor> cursors;
+  for (std::size_t i = 0; i < tracks.size(); ++i) {
+    if (tracks[i].table == nullptr) continue;
+    cursors.emplace_back(tracks[i], static_cast<UInt32>(i));
+    if (!cursors.back().Next()) cursors.pop_back();
+  }
+  // A heap with the next chunk on top. Its track often goes on, so the top is replaced in place.
+  const auto is_before = [by_time](const ChunkCursor& a, const ChunkCursor& b) {
+    return IsBefore(a.chunk(), b.chunk(), by_time);
+  };
+  const auto sink = [&](std::size_t place) {
+    for (std::size_t child = 2 * place + 1; child < cursors.size(); child = 2 * place + 1) {
+      if (child + 1 < cursors.size() && is_before(cursors[child + 1], cursors[child])) ++child;
+      if (!is_before(cursors[child], cursors[place])) return;
+      std::swap(cursors[place], cursors[child]);
+      place = child;
+    }
+  };
+  for (std::size_t place = cursors.size(); place-- > 0;)
+    sink(place);
+  while (!cursors.empty()) {
+    if (!visit(cursors.front().chunk())) return;
+    if (!cursors.front().Next()) {
+      std::swap(cursors.front(), cursors.back());
+      cursors.pop_back();
+    }
+    sink(0);
+  }
+}
+
+/// Joins bytes that lie one behind the other in a source.
+class RunJoiner {
+ public:
+  explicit RunJoiner(const RunVisitor& visit) : visit_(visit) {}
+  OSStatus Add(UInt32 source, UInt64 offset, UInt64 size) {
+    if (source == run_.source && offset == run_.offset + run_.size) {
+      run_.size += size;  // within a file
+      return noErr;
+    }
+    if (size == 0) return noErr;
+    const OSStatus status = Finish();
+    run_ = {offset, size, source};
+    return status;
+  }
+  OSStatus Finish() { return run_.size > 0 ? visit_(run_) : OSStatus{noErr}; }
+
+ private:
+  const RunVisitor& visit_;
+  CopyRun run_ = {};
+};
+
+OSStatus WalkMergedRuns(const std::vector<TrackPlan>& tracks, bool by_time,
+                        const RunVisitor& visit) {
+  RunJoiner joiner(visit);
+  OSStatus status = noErr;
+  MergeChunks(tracks, by_time, [&](const PlannedChunk& chunk) {
+    status = joiner.Add(chunk.source, chunk.offset, chunk.size);
+    return status == noErr;
+  });
+  return status == noErr ? joiner.Finish() : status;
+}
+
+OSStatus WalkListedRuns(const std::vector<CopyRun>& runs, const RunVisitor& visit) {
+  RunJoiner joiner(visit);
+  for (const CopyRun& run : runs) {
+    const OSStatus status = joiner.Add(run.source, run.offset, run.size);
+    if (status != noErr) return status;
+  }
+  return joiner.Finish();
+}
+
 class Planner {
  public:
   Planner(const MovieRecord& movie, FlattenPlan* plan) : movie_(movie), plan_(*plan) {}
@@ -142,11 +215,7 @@ class Planner {
     }
     bool by_time = false;
     if (tracks_ascend_ && FindOrder(&by_time)) {
-      Merge(by_time, [this](const PlannedChunk& chunk) {
-        plan_.chunk_offsets[chunk.track].Append(
-            AppendMedia(chunk.source, chunk.offset, chunk.size));
-        return true;
-      });
+      PlaceChunks(by_time);
     } else {
       CollectChunks();
       MakeRegions();
@@ -160,10 +229,8 @@ class Planner {
   OSStatus CollectTrack(UInt32 index);
   OSStatus SourceIndex(MediaRecord& media, UInt32 track, UInt16 reference, UInt32* source);
   OSStatus CheckChunks(MediaRecord& media, UInt32 index);
-  template <class Visit>
-  void Merge(bool by_time, Visit visit) const;
   bool FindOrder(bool* by_time) const;
-  UInt64 AppendMedia(UInt32 source, UInt64 offset, UInt64 size);
+  void PlaceChunks(bool by_time);
   void CollectChunks();
   void MakeRegions();
   void OrderRegions();
@@ -253,39 +320,7 @@ OSStatus Planner::CheckChunks(MediaRecord& media, UInt32 index) {
   return status;
 }
 
-/// Appends bytes to the media data; where they stand in it.
-UInt64 Planner::AppendMedia(UInt32 source, UInt64 offset, UInt64 size) {
-  const UInt64 place = plan_.media_size;
-  AppendBytes(source, offset, size, &plan_.runs);
-  plan_.media_size += size;
-  return place;
-}
-
 // --- Tracks whose chunks follow each other and share nothing -------------------------------------
-
-/// Calls `visit(const PlannedChunk&)` for the chunks of all tracks, by source and offset or by
-/// time, those of new tracks first. Each track has to be in that order by itself.
-template <class Visit>
-void Planner::Merge(bool by_time, Visit visit) const {
-  std::vector<ChunkCursor> cursors;
-  for (std::size_t i = 0; i < tracks_.size(); ++i) {
-    if (tracks_[i].table == nullptr) continue;
-    cursors.emplace_back(tracks_[i], static_cast<UInt32>(i));
-    if (!cursors.back().Next()) cursors.pop_back();
-  }
-  const auto is_after = [&](std::size_t a, std::size_t b) {
-    return IsBefore(cursors[b].chunk(), cursors[a].chunk(), by_time);
-  };
-  std::priority_queue<std::size_t, std::vector<std::size_t>, decltype(is_after)> next(is_after);
-  for (std::size_t i = 0; i < cursors.size(); ++i)
-    next.push(i);
-  while (!next.empty()) {
-    const std::size_t first = next.top();
-    next.pop();
-    if (!visit(cursors[first].chunk())) return;
-    if (cursors[first].Next()) next.push(first);
-  }
-}
 
 /// Finds out in which order the chunks are written. False when chunks of different tracks share
 /// bytes.
@@ -295,7 +330,7 @@ bool Planner::FindOrder(bool* by_time) const {
   std::vector<UInt64> old_ends(plan_.sources.size());
   std::vector<UInt64> new_begins(plan_.sources.size(), std::numeric_limits<UInt64>::max());
   bool is_shared = false;
-  Merge(false, [&](const PlannedChunk& chunk) {
+  MergeChunks(tracks_, false, [&](const PlannedChunk& chunk) {
     if (chunk.size == 0) return true;
     UInt64& end = (chunk.is_new ? new_ends : old_ends)[chunk.source];
     is_shared = chunk.offset < end;
@@ -311,6 +346,17 @@ bool Planner::FindOrder(bool* by_time) const {
   });
   *by_time = !check.is_interleaved();
   return !is_shared;
+}
+
+void Planner::PlaceChunks(bool by_time) {
+  MergeChunks(tracks_, by_time, [this](const PlannedChunk& chunk) {
+    plan_.chunk_offsets[chunk.track].Append(plan_.media_size);
+    plan_.media_size += chunk.size;
+    return true;
+  });
+  plan_.runs = [tracks = std::move(tracks_), by_time](const RunVisitor& visit) {
+    return WalkMergedRuns(tracks, by_time, visit);
+  };
 }
 
 // --- Any tracks ----------------------------------------------------------------------------------
@@ -370,37 +416,25 @@ void Planner::OrderRegions() {
 }
 
 void Planner::PlaceRegions() {
+  std::vector<CopyRun> runs;
+  runs.reserve(order_.size());
   for (const UInt32 i : order_) {
     Region& region = regions_[i];
-    region.output = AppendMedia(region.source, region.begin, region.end - region.begin);
+    region.output = plan_.media_size;
+    plan_.media_size += region.end - region.begin;
+    runs.push_back({region.begin, region.end - region.begin, region.source});
   }
   for (std::size_t i = 0; i < chunks_.size(); ++i) {
     const Region& region = regions_[region_of_chunk_[i]];
     plan_.chunk_offsets[chunks_[i].track].Append(region.output +
                                                  (chunks_[i].offset - region.begin));
   }
+  plan_.runs = [runs = std::move(runs)](const RunVisitor& visit) {
+    return WalkListedRuns(runs, visit);
+  };
 }
 
 }  // namespace
-
-void AppendBytes(UInt32 source, UInt64 offset, UInt64 size, CopyRuns* runs) {
-  if (size > 0 && !runs->empty()) {
-    CopyRun& last = runs->back();
-    if (last.source == source && last.offset + last.size == offset) {
-      const UInt64 room = kLargestRun - last.size;
-      const UInt64 joined = std::min(size, room);
-      last.size += static_cast<UInt32>(joined);
-      offset += joined;
-      size -= joined;
-    }
-  }
-  while (size > 0) {
-    const UInt64 part = std::min<UInt64>(size, kLargestRun);
-    runs->push_back({offset, static_cast<UInt32>(part), source});
-    offset += part;
-    size -= part;
-  }
-}
 
 OSStatus PlanFlatten(const MovieRecord& movie, FlattenPlan* plan) {
   *plan = FlattenPlan();

@@ -1,7 +1,7 @@
 /// The plan of a flatten: which bytes of which files go where, before a byte is written.
 #pragma once
 
-#include <deque>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <span>
@@ -12,18 +12,16 @@
 
 namespace quillmere::movies {
 
-/// Bytes of a file that are copied as they stand. Movies may need millions of them.
+/// Bytes of a file that are copied as they stand.
 struct CopyRun {
   UInt64 offset;  ///< in the source, bytes
-  UInt32 size;    ///< in bytes
+  UInt64 size;    ///< in bytes
   UInt32 source;  ///< index into a list of sources
 };
-/// A deque, since it grows without being copied.
-using CopyRuns = std::deque<CopyRun>;
-
-/// Appends bytes of a source: to the last run where they lie behind it, else as one run or, above
-/// 4 GiB, several.
-void AppendBytes(UInt32 source, UInt64 offset, UInt64 size, CopyRuns* runs);
+/// Takes one run; a status other than 0 ends the walk.
+using RunVisitor = std::function<OSStatus(const CopyRun&)>;
+/// Calls a visitor for runs in the order in which they are written; the first status that is not 0.
+using RunWalk = std::function<OSStatus(const RunVisitor&)>;
 
 /// The chunk offsets of one track, in half the memory while all are below 4 GiB.
 class ChunkOffsets {
@@ -59,8 +57,9 @@ class ChunkOffsets {
 struct FlattenPlan {
   /// The files of the runs.
   std::vector<std::shared_ptr<DataSource>> sources;
-  /// The media data, in the order in which it is written.
-  CopyRuns runs;
+  /// The media data, in runs as long as can be. A movie may have millions of them, so they are
+  /// found from the sample tables again on each walk: the movie has to stand as it was planned.
+  RunWalk runs;
   UInt64 media_size = 0;
   /// For each track in the movie's order, where each of its chunks stands in the media data.
   std::vector<ChunkOffsets> chunk_offsets;
@@ -68,9 +67,9 @@ struct FlattenPlan {
   std::vector<std::vector<UInt16>> used_references;
 };
 
-/// Plans the media data of the movie. Work is by chunk, not by sample; memory is the result's,
-/// unless chunks share bytes or a track's chunks do not follow each other in its file: then some
-/// 100 bytes more for each chunk.
+/// Plans the media data of the movie. Work is by chunk, not by sample; memory is that of the chunk
+/// offsets, unless chunks share bytes or a track's chunks do not follow each other in its file:
+/// then some 100 bytes more for each chunk.
 ///
 /// The data of new tracks comes first. Then the chunks keep the order in which they lie in their
 /// file if that is one file and its tracks are interleaved, so that they stay large runs; otherwise

@@ -9,14 +9,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "file_references.h"
+#include "movie_file.h"
 
 namespace quillmere::movies {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 20;
+/// Larger writes take longer for each byte: the system then looks for larger blocks of memory.
+constexpr std::size_t kBufferSize = std::size_t{256} << 10;
 /// Shorter runs are gathered in the buffer: a read and a share of a write cost less than a copy
 /// within the system.
 constexpr UInt64 kSmallRun = UInt64{64} << 10;
@@ -34,6 +37,32 @@ std::filesystem::path FolderOf(const std::filesystem::path& path) {
 bool CantCopyWithinSystem(int error) {
   return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP ||
          error == ETXTBSY || error == EPERM;
+}
+
+/// Whether a file has fewer blocks than bytes. Looking for holes can take long where there are
+/// none.
+bool HasHoles(const DataSource& source) {
+  struct stat information = {};
+  return fstat(source.descriptor(), &information) == 0 &&
+         information.st_blocks < information.st_size / 512;
+}
+
+/// The first data of a stretch of a file: nothing, at the stretch's end, where all of it is a hole;
+/// the whole stretch where the file system does not tell.
+FileSpan NextData(int descriptor, UInt64 offset, UInt64 size) {
+  const off_t begin = lseek(descriptor, static_cast<off_t>(offset), SEEK_DATA);
+  if (begin < 0 && errno == ENXIO) {
+    // There is no data up to the end of the file, which may be before that of the stretch.
+    struct stat information = {};
+    const bool is_whole = fstat(descriptor, &information) == 0 &&
+                          static_cast<UInt64>(information.st_size) >= offset + size;
+    return is_whole ? FileSpan{offset + size, 0} : FileSpan{offset, size};
+  }
+  if (begin < 0) return {offset, size};
+  const UInt64 first = std::min(static_cast<UInt64>(begin), offset + size);
+  const off_t hole = lseek(descriptor, static_cast<off_t>(first), SEEK_HOLE);
+  const UInt64 end = hole < 0 ? offset + size : std::min(static_cast<UInt64>(hole), offset + size);
+  return {first, std::max(end, first) - first};
 }
 
 }  // namespace
@@ -71,6 +100,7 @@ OSStatus OutputFile::WriteOut(std::span<const UInt8> bytes) {
     if (count < 0) return LastError();
     if (count == 0) return ioErr;
     bytes = bytes.subspan(static_cast<std::size_t>(count));
+    ends_in_hole_ = false;
   }
   return noErr;
 }
@@ -128,43 +158,69 @@ OSStatus OutputFile::CopyThroughBuffer(const DataSource& source, UInt64 offset, 
   return noErr;
 }
 
-OSStatus OutputFile::CopyPiece(const DataSource& source, UInt64 offset, UInt64 size,
-                               bool is_small) {
-  UInt64 copied = 0;
-  if (!is_small) {
-    OSStatus status = buffered_ > 0 ? FlushBuffer() : noErr;
-    if (status == noErr) status = CopyWithinSystem(source, offset, size, &copied);
-    if (status != noErr) return status;
-  }
-  return copied < size ? CopyThroughBuffer(source, offset + copied, size - copied)
-                       : OSStatus{noErr};
+OSStatus OutputFile::SkipHole(UInt64 size) {
+  if (lseek(descriptor_, static_cast<off_t>(size), SEEK_CUR) < 0) return LastError();
+  ends_in_hole_ = true;
+  return noErr;
 }
 
-OSStatus OutputFile::Copy(std::span<const std::shared_ptr<DataSource>> sources,
-                          const CopyRuns& runs, UInt64 piece, const CopyProgress& progress) {
+/// Copies the data of a stretch and, if `has_holes`, leaves out its holes.
+OSStatus OutputFile::CopyLarge(const DataSource& source, UInt64 offset, UInt64 size,
+                               bool has_holes) {
+  OSStatus status = buffered_ > 0 ? FlushBuffer() : noErr;
+  while (status == noErr && size > 0) {
+    const FileSpan data =
+        has_holes ? NextData(source.descriptor(), offset, size) : FileSpan{offset, size};
+    if (data.offset > offset) status = SkipHole(data.offset - offset);
+    UInt64 copied = 0;
+    if (status == noErr) status = CopyWithinSystem(source, data.offset, data.size, &copied);
+    if (status == noErr && copied < data.size) {
+      status = CopyThroughBuffer(source, data.offset + copied, data.size - copied);
+      if (status == noErr) status = FlushBuffer();
+    }
+    ends_in_hole_ = ends_in_hole_ && data.size == 0;
+    size -= data.offset + data.size - offset;
+    offset = data.offset + data.size;
+  }
+  return status;
+}
+
+OSStatus OutputFile::Copy(std::span<const std::shared_ptr<DataSource>> sources, const RunWalk& runs,
+                          UInt64 piece, const CopyProgress& progress) {
+  std::vector<bool> has_holes;
+  for (const std::shared_ptr<DataSource>& source : sources)
+    has_holes.push_back(HasHoles(*source));
   UInt64 done = 0;
   UInt64 reported = 0;
-  for (const CopyRun& run : runs) {
-    for (UInt64 at = 0; at < run.size;) {
+  const auto copy = [&](const CopyRun& run) {
+    const DataSource& source = *sources[run.source];
+    OSStatus status = noErr;
+    for (UInt64 at = 0; at < run.size && status == noErr;) {
       const UInt64 size = std::min(run.size - at, piece);
-      OSStatus status =
-          CopyPiece(*sources[run.source], run.offset + at, size, run.size < kSmallRun);
+      status = run.size < kSmallRun
+                   ? CopyThroughBuffer(source, run.offset + at, size)
+                   : CopyLarge(source, run.offset + at, size, has_holes[run.source]);
       at += size;
       done += size;
       if (status == noErr && done - reported >= piece) {
         reported = done;
         status = progress(done);
       }
-      if (status != noErr) return status;
     }
-  }
-  const OSStatus status = buffered_ > 0 ? FlushBuffer() : noErr;
+    return status;
+  };
+  OSStatus status = runs(copy);
+  if (status == noErr && buffered_ > 0) status = FlushBuffer();
   return status == noErr && done > reported ? progress(done) : status;
 }
 
 OSStatus OutputFile::Publish() {
   const OSStatus flushed = buffered_ > 0 ? FlushBuffer() : noErr;
   if (flushed != noErr) return flushed;
+  if (ends_in_hole_) {
+    const off_t size = lseek(descriptor_, 0, SEEK_CUR);
+    if (size < 0 || ftruncate(descriptor_, size) != 0) return LastError();
+  }
   if (temporary_path_.empty()) {
     const std::string open_file = "/proc/self/fd/" + std::to_string(descriptor_);
     if (linkat(AT_FDCWD, open_file.c_str(), AT_FDCWD, final_path_.c_str(), AT_SYMLINK_FOLLOW) !=

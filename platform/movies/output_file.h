@@ -30,17 +30,18 @@ class OutputFile {
   /// Appends bytes, which may stay in a buffer until Publish; dskFulErr when the disk is full.
   OSStatus Write(std::span<const UInt8> bytes);
   /// Appends stretches of these files: large ones within the system, small ones gathered in a
-  /// buffer and, where they follow each other at some distance, read together. `piece` bytes at
-  /// most, but for the buffer's rest, go by between two calls of `progress`. eofErr when a source
-  /// has become shorter.
-  OSStatus Copy(std::span<const std::shared_ptr<DataSource>> sources, const CopyRuns& runs,
+  /// buffer and, where they follow each other at some distance, read together; holes of a source
+  /// stay holes where the run is large. `piece` bytes at most, but for the buffer's rest, go by
+  /// between two calls of `progress`. eofErr when a source has become shorter.
+  OSStatus Copy(std::span<const std::shared_ptr<DataSource>> sources, const RunWalk& runs,
                 UInt64 piece, const CopyProgress& progress);
   /// Gives the complete file its name; dupFNErr if a file has that name by now.
   OSStatus Publish();
 
  private:
   OSStatus CreateNamed();
-  OSStatus CopyPiece(const DataSource& source, UInt64 offset, UInt64 size, bool is_small);
+  OSStatus CopyLarge(const DataSource& source, UInt64 offset, UInt64 size, bool has_holes);
+  OSStatus SkipHole(UInt64 size);
   OSStatus CopyWithinSystem(const DataSource& source, UInt64 offset, UInt64 size, UInt64* copied);
   OSStatus CopyThroughBuffer(const DataSource& source, UInt64 offset, UInt64 size);
   OSStatus WriteOut(std::span<const UInt8> bytes);
@@ -53,6 +54,7 @@ class OutputFile {
   std::size_t buffered_ = 0;
   ReadAhead read_ahead_;
   bool system_can_copy_ = true;
+  bool ends_in_hole_ = false;  ///< the file is shorter than its position
 };
 
 }  // namespace quillmere::movies
