@@ -29,6 +29,13 @@ inline bool IsList(const AEDesc* descriptor) {
          descriptor->descriptorType == typeAEList;
 }
 
+/// Appends to a list without a copy.
+inline void Append(AEDescList* list, OwnedDescriptor item) {
+  list->dataHandle->items.push_back({0, std::move(item)});
+}
+/// Puts a parameter into a record without a copy.
+void Put(AERecord* record, AEKeyword keyword, OwnedDescriptor value);
+
 /// A coerced copy of the built-in kinds: `type` is neither the descriptor's own nor the wildcard.
 OSErr CoerceBuiltIn(const AEDesc& from, OSType type, AEDesc* to);
 

@@ -124,6 +124,10 @@ OSErr CopyCoerced(const AEDesc* descriptor, OSType type, OSType* actual_type, vo
 
 }  // namespace
 
+void quillmere::events::Put(AERecord* record, AEKeyword keyword, OwnedDescriptor value) {
+  ::Put(&record->dataHandle->items, keyword, std::move(value));
+}
+
 OSErr AECreateDesc(OSType type, const void* data, Size size, AEDesc* descriptor) {
   if (descriptor == nullptr || size < 0 || (data == nullptr && size > 0)) return kParamErr;
   auto content = std::make_unique<DescriptorData>();

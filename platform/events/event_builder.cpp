@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "descriptor_data.h"
 #include "memory_handles.h"
 #include "text_coercions.h"
 
@@ -193,8 +194,7 @@ bool Parser::List(AEDesc* result) {
     do {
       OwnedDescriptor item;
       if (!Object(item.get())) return false;
-      if (!Check(AEPutDesc(list.get(), 0, item.get()), aeBuildSyntaxBadDesc, position_))
-        return false;
+      Append(list.get(), std::move(item));
     } while (Accept(','));
     if (!Accept(']')) return Fail(aeBuildSyntaxNoCloseBracket, position_);
   }
@@ -222,8 +222,7 @@ bool Parser::Pairs(AERecord* record, char close) {
     if (!Accept(':')) return Fail(aeBuildSyntaxNoColon, position_);
     OwnedDescriptor value;
     if (!Object(value.get())) return false;
-    if (!Check(AEPutParamDesc(record, key, value.get()), aeBuildSyntaxBadDesc, position_))
-      return false;
+    Put(record, key, std::move(value));
   } while (Accept(','));
   return at_close() || Fail(close != 0 ? aeBuildSyntaxNoCloseBrace : aeBuildSyntaxNoEOF, position_);
 }
