@@ -43,8 +43,8 @@ inline constexpr OSErr opWrErr = -49;
 inline constexpr OSErr permErr = -54;
 inline constexpr OSErr dirNFErr = -120;
 inline constexpr OSErr afpAccessDenied = -5000;
-inline constexpr OSErr errFSMissingName = -1418;
-inline constexpr OSErr errFSNameTooLong = -1409;
+inline constexpr OSErr errFSMissingName = -1411;
+inline constexpr OSErr errFSNameTooLong = -1410;
 inline constexpr OSErr errFSBadFSRef = -1401;
 inline constexpr OSErr errFSNoMoreItems = -1417;
 
