@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <csetjmp>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -17,6 +18,8 @@ namespace {
 
 /// Bounds for what chunks other than the pixels may take; a colour profile can be some megabytes.
 constexpr png_alloc_size_t kLargestChunk = 16U << 20;
+/// A row and what a chunk may hold stay below it.
+constexpr png_alloc_size_t kLargestAllocation = 2 * kLargestChunk;
 constexpr png_uint_32 kMostKeptChunks = 16;
 /// The most that the compression of PNG can shrink data.
 constexpr UInt64 kMostBytesPerByte = 1100;
@@ -31,8 +34,9 @@ class PngReader {
   ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
 
   OSStatus ReadHeader() {
-    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, Fail,
-                                  [](png_structp, png_const_charp) {});
+    png_ = png_create_read_struct_2(
+        PNG_LIBPNG_VER_STRING, this, Fail, [](png_structp, png_const_charp) {}, nullptr, Allocate,
+        [](png_structp, png_voidp memory) { std::free(memory); });
     if (png_) info_ = png_create_info_struct(png_);
     if (!info_) return memFullErr;
     const bool read = Try([&] {
@@ -80,6 +84,12 @@ class PngReader {
     auto* self = static_cast<PngReader*>(png_get_error_ptr(png));
     self->status_ = self->ended_ ? kImageUnexpectedEnd : kImageInvalidData;
     std::longjmp(self->jump_, 1);
+  }
+
+  /// libpng asks for as much as a chunk claims to hold before it reads any of it, and only warns
+  /// when that is above its own limit.
+  static png_voidp Allocate(png_structp, png_alloc_size_t size) {
+    return size <= kLargestAllocation ? std::malloc(size) : nullptr;
   }
 
   static void ReadBytes(png_structp png, png_bytep destination, std::size_t count) {

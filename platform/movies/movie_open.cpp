@@ -5,6 +5,7 @@
 
 #include "data_references.h"
 #include "image_file_info.h"
+#include "orientation.h"
 #include "still_movie.h"
 #include "toolbox_records.h"
 #include "track_geometry.h"
@@ -25,6 +26,9 @@ OSStatus ReadMovieOrStill(MovieRecord* movie) {
   movie->file.file_size = movie->source->size();
   movie->dots_per_inch_x = info.dots_per_inch_x;
   movie->dots_per_inch_y = info.dots_per_inch_y;
+  if (imaging::SwapsSides(info.orientation)) {  // the picture is shown upright
+    std::swap(movie->dots_per_inch_x, movie->dots_per_inch_y);
+  }
   return MakeStillMovie(info, &movie->file.movie);
 }
 

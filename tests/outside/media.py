@@ -173,6 +173,8 @@ def make_stills(folder):
         target = folder / f'turned{orientation}.jpg'
         run('convert', folder / 'base.png', '-quality', '92', target)
         run('exiftool', '-q', '-overwrite_original', '-n', f'-Orientation={orientation}', target)
+    run('convert', folder / 'base.png', '-density', '240x120', '-units', 'PixelsPerInch', folder / 'turned-dense.jpg')
+    run('exiftool', '-q', '-overwrite_original', '-n', '-Orientation=6', folder / 'turned-dense.jpg')
     (folder / 'base.png').unlink()
     shutil.copy(folder / 'full.jpg', folder / 'photojpg')
     shutil.copy(folder / 'full.jpg', folder / 'NOT.JPG')

@@ -241,7 +241,9 @@ class Stills(JobCase):
 
     def test_quality_density_and_colour(self):
         self.assertEqual(media.run('identify', '-format', '%Q', self.output_of(self.source / 'full.jpg')), '80')
-        self.assertEqual(media.run('identify', '-units', 'PixelsPerInch', '-format', '%xx%y', self.output_of(self.source / 'dense.jpg')), '240x120')
+        for name, density in (('dense.jpg', '240x120'), ('turned-dense.jpg', '120x240')):
+            output = self.output_of(self.source / name)
+            self.assertEqual(media.run('identify', '-units', 'PixelsPerInch', '-format', '%xx%y', output), density)
         for name in ('cmyk.jpg', 'grey.jpg'):
             self.assertIn(media.run('identify', '-format', '%[colorspace]', self.output_of(self.source / name)), ('sRGB', 'Gray'))
 

@@ -145,6 +145,57 @@ class Reliability(unittest.TestCase):
             self.assertRegex(line, r'\AQT_OpenMovieFileFP failed with error -\d+\Z')
         self.assertEqual(before, digests(self.source))
 
+    def test_truncated_stills_show_what_is_there(self):
+        """A cut picture gives its beginning and a message, or a status, and never stops the others."""
+        media.run('convert', '-size', '640x480', 'plasma:red-blue', '-seed', '3', '-quality', '90', self.top / 'whole.jpg')
+        whole_bytes = (self.top / 'whole.jpg').read_bytes()
+        for i in range(50):
+            (self.source / f'cut{i:02}.jpg').write_bytes(whole_bytes[:len(whole_bytes) * i // 50])
+        shutil.copy(self.top / 'whole.jpg', self.source / 'whole.jpg')
+        before = digests(self.source)
+        done = self.run_job(env=dict(os.environ, LC_ALL='C.UTF-8'))
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        outputs = self.outputs()
+        self.assertIn('whole-clean.jpg', outputs)
+        self.assertIn('cut45-clean.jpg', outputs)
+        self.assertNotIn('cut00-clean.jpg', outputs)
+        self.assertTrue(all(whole(self.target / name) for name in outputs))
+        parts = []
+        for name in ('cut45', 'whole'):
+            parts.append(self.top / f'{name}.ppm')
+            media.run('convert', self.target / f'{name}-clean.jpg', '-crop', '200x200+300+0', parts[-1])
+        self.assertEqual(parts[0].read_bytes(), parts[1].read_bytes())
+        self.assertEqual(before, digests(self.source))
+
+    def test_a_very_large_still(self):
+        """12,000 by 9,000 pixels: rendered whole, corners and middle as in the source."""
+        media.ffmpeg('-f', 'lavfi', '-i', 'testsrc2=size=12000x9000:rate=1', '-frames:v', '1', '-pix_fmt', 'yuvj420p',
+                     '-q:v', '2', '-f', 'mjpeg', self.source / 'large.jpg')
+        done = self.run_job()
+        self.assertEqual((done.returncode, done.stdout), (0, ''))
+        output = self.target / 'large-clean.jpg'
+
+        def part(path, x, y):
+            crop = ['ffmpeg', '-v', 'error', '-nostdin', '-i', path, '-vf', f'crop=64:64:{x}:{y},format=rgb24', '-f', 'rawvideo', '-']
+            return subprocess.run(crop, capture_output=True, check=True).stdout
+        for x, y in ((11936, 8936), (6000, 4500), (0, 8936), (11936, 0)):
+            ours, theirs = part(output, x, y), part(self.source / 'large.jpg', x, y)
+            self.assertEqual(len(ours), 64 * 64 * 3)
+            self.assertLess(sum(abs(a - b) for a, b in zip(ours, theirs)) / len(ours), 4)
+
+    def test_source_that_vanishes(self):
+        """Files that go while the job runs are reported or passed over; the others come out whole."""
+        first = self.make_clip('clip00.mov', seconds=4)
+        for i in range(1, 30):
+            shutil.copy(first, self.source / f'clip{i:02}.mov')
+        job = subprocess.Popen([DRIVER, self.mask, self.source, self.target], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        for i in range(29, 0, -2):
+            (self.source / f'clip{i:02}.mov').unlink()
+        output, _ = job.communicate(timeout=600)
+        names = self.outputs()
+        self.assertTrue({f'clip{i:02}-clean.mov' for i in range(0, 30, 2)} <= set(names), output)
+        self.assertTrue(all(whole(self.target / name) for name in names))
+
     def test_mask_that_is_no_png(self):
         self.make_clip()
         for content in (b'', b'not a picture at all', b'\x89PNG\r\n\x1a\n', self.mask.read_bytes()[:40]):

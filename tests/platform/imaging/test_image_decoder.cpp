@@ -2,8 +2,11 @@
 
 #include <lcms2.h>
 
+#include <jpeglib.h>
 #include <array>
 #include <cmath>
+#include <cstdio>
+#include <memory>
 
 #include "image_file_info.h"
 #include "orientation.h"
@@ -43,6 +46,75 @@ TEST(JpegReader, EveryKindAgreesWithAnIndependentReader) {
                 1);
     }
   }
+}
+
+/// Writes noise in four inks, as `space`, with a restart marker every `restart_rows` rows of
+/// blocks.
+void WriteInks(const std::filesystem::path& path, J_COLOR_SPACE space, int restart_rows) {
+  constexpr JDIMENSION kWidth = 50;
+  constexpr JDIMENSION kHeight = 37;
+  jpeg_compress_struct compress{};
+  jpeg_error_mgr errors;
+  compress.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&compress);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"),
+                                                             std::fclose);
+  ASSERT_TRUE(file);
+  jpeg_stdio_dest(&compress, file.get());
+  compress.image_width = kWidth;
+  compress.image_height = kHeight;
+  compress.input_components = 4;
+  compress.in_color_space = JCS_CMYK;
+  jpeg_set_defaults(&compress);
+  jpeg_set_colorspace(&compress, space);
+  compress.restart_in_rows = restart_rows;
+  compress.write_Adobe_marker = TRUE;
+  jpeg_start_compress(&compress, TRUE);
+  UInt32 noise = 12345;
+  std::array<JSAMPLE, std::size_t{kWidth} * 4> row;
+  while (compress.next_scanline < kHeight) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      noise = noise * 1664525 + 1013904223;
+      row[i] = static_cast<JSAMPLE>(compress.next_scanline * 5 + (noise >> 28));
+    }
+    JSAMPROW rows[] = {row.data()};
+    jpeg_write_scanlines(&compress, rows, 1);
+  }
+  jpeg_finish_compress(&compress);
+  jpeg_destroy_compress(&compress);
+}
+
+TEST(JpegReader, InksOfBothCodingsAndRestartMarkersAgreeWithAnIndependentReader) {
+  const TemporaryFolder folder;
+  const auto path = folder / "inks.jpg";
+  for (J_COLOR_SPACE space : {JCS_CMYK, JCS_YCCK}) {
+    for (int restart_rows : {0, 1, 3}) {
+      SCOPED_TRACE(std::to_string(space) + " " + std::to_string(restart_rows));
+      WriteInks(path, space, restart_rows);
+      const DecodedImage image = Decode(path);
+      EXPECT_TRUE(image.warning.empty());
+      EXPECT_LE(LargestDifference(PixelsOf(image.block), PeerPixels(path, {"-colorspace", "sRGB"})),
+                1);
+    }
+  }
+}
+
+TEST(JpegReader, ALostRestartIntervalIsReportedAndTheRestStands) {
+  const TemporaryFolder folder;
+  const auto path = folder / "inks.jpg";
+  WriteInks(path, JCS_YCCK, 1);
+  Bytes bytes = ReadFile(path);
+  const UInt8 second[] = {0xFF, 0xD1};
+  const auto marker = std::search(bytes.begin(), bytes.end(), std::begin(second), std::end(second));
+  ASSERT_NE(marker, bytes.end());
+  bytes.erase(marker - 20, marker);
+  DecodedImage image;
+  ASSERT_EQ(DecodeImage(bytes, Turn::kUpright, &image), noErr);
+  EXPECT_FALSE(image.warning.empty());
+  const Bytes expected = PixelsOf(Decode(path).block);
+  const Bytes got = PixelsOf(image.block);
+  // The damage ends at the next restart marker: the last rows of blocks are as they were.
+  EXPECT_TRUE(std::equal(got.end() - 50 * 4 * 4, got.end(), expected.end() - 50 * 4 * 4));
 }
 
 TEST(JpegReader, OrientationTagsStandThePictureUpright) {
