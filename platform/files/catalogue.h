@@ -48,3 +48,16 @@ OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximum, ItemCount* ac
                            FSCatalogInfo* infos, FSRef* references, FSSpec* specs,
                            HFSUniStr255* names);
 OSErr FSCloseIterator(FSIterator iterator);
+
+/// Makes an empty file called `name` (`length` UTF-16 units) in the folder `parent`. `mask` names
+/// what of `info` the file gets, Finder information only; `reference` (may be null) takes the new
+/// file; `spec` is null. dupFNErr if the name is taken, bdNamErr for a name that no file can have.
+/// A file whose information could not be stored is removed again.
+OSErr FSCreateFileUnicode(const FSRef* parent, UInt32 length, const UniChar* name,
+                          FSCatalogInfoBitmap mask, const FSCatalogInfo* info, FSRef* reference,
+                          FSSpec* spec);
+/// Makes a folder in the same way; `directory_id` (may be null) takes the low 32 bits of its number
+/// on the volume.
+OSErr FSCreateDirectoryUnicode(const FSRef* parent, UInt32 length, const UniChar* name,
+                               FSCatalogInfoBitmap mask, const FSCatalogInfo* info,
+                               FSRef* reference, FSSpec* spec, UInt32* directory_id);

@@ -1,13 +1,19 @@
 #include "GL_File.h"
 
+#include <string>
+
 #include "GL_Strings_Unicode.h"
 #include "LL_Linked_Lists.h"
 #include "MF_FileObjects.h"
 #include "catalogue.h"
+#include "forks.h"
+#include "launch_services.h"
 
 namespace {
 
 constexpr ItemCount kBatch = 10;
+/// What a path or a name that can't be turned into a string gives.
+constexpr SInt32 kPathErr = -4960;
 
 /// Calls `visit(const FSRef&, const HFSUniStr255&)` for every object of a folder, in batches, until
 /// it returns a status other than 0 or sets `*done`. Names are only read when `with_names` is set.
@@ -140,4 +146,55 @@ SInt32 GL_IsFileInFolder(const FSRef* folder, const HFSUniStr255* name, FSRef* r
 Boolean GL_IsFileNameInFolder(const FSRef* folder, const HFSUniStr255* name) {
   FSRef ignored;
   return name && FSMakeFSRefUnicode(folder, name->length, name->unicode, 0, &ignored) == noErr;
+}
+
+SInt32 GL_CreateFolder(const FSRef* parent, const HFSUniStr255* name, FSRef* folder) {
+  if (!parent || !name) return paramErr;
+  FSRef present;
+  const SInt32 status = FSMakeFSRefUnicode(parent, name->length, name->unicode, 0, &present);
+  if (!status && folder) *folder = present;
+  if (status != fnfErr) return status;
+  const SInt32 made = FSCreateDirectoryUnicode(parent, name->length, name->unicode, kFSCatInfoNone,
+                                               nullptr, folder, nullptr, nullptr);
+  if (made != dupFNErr) return made;
+  // Somebody else made it in between.
+  const SInt32 found = FSMakeFSRefUnicode(parent, name->length, name->unicode, 0, &present);
+  if (!found && folder) *folder = present;
+  return found;
+}
+
+SInt32 GL_OpenDataFork(const FSRef* file, SInt8 permission, SInt16* fork) {
+  return FSOpenFork(file, 0, nullptr, permission, fork);
+}
+
+SInt32 GL_PosixPathToFileNameCFStrNoExt(const char* path, CFStringRef* name) {
+  if (name) *name = nullptr;
+  if (!path || !name) return paramErr;
+  std::string_view last(path);
+  while (last.size() > 1 && last.back() == '/')
+    last.remove_suffix(1);
+  last.remove_prefix(last.rfind('/') + 1);  // no slash: npos + 1 is 0
+  const quillmere::Owned<CFStringRef> component(CFStringCreateWithCString(
+      kCFAllocatorDefault, std::string(last).c_str(), kCFStringEncodingUTF8));
+  const std::u16string_view units = quillmere::UnitsOf(component.get());
+  if (units.empty()) return kPathErr;
+  const auto* characters = reinterpret_cast<const UniChar*>(units.data());
+  UniCharCount start = kLSInvalidExtensionIndex;
+  LSGetExtensionInfo(units.size(), characters, &start);
+  const UniCharCount length = start == kLSInvalidExtensionIndex ? units.size() : start - 1;
+  *name =
+      CFStringCreateWithCharacters(kCFAllocatorDefault, characters, static_cast<CFIndex>(length));
+  return noErr;
+}
+
+SInt32 GL_PosixPathToFileNameCFMutStrNoExtMaxLen(const char* path, SInt32 max_length,
+                                                 CFMutableStringRef* name) {
+  if (name) *name = nullptr;
+  if (!path || !name) return paramErr;
+  quillmere::Owned<CFStringRef> whole;
+  const SInt32 status = GL_PosixPathToFileNameCFStrNoExt(path, whole.out());
+  if (status) return status;
+  *name = CFStringCreateMutableCopy(kCFAllocatorDefault, 0, whole.get());
+  GL_CFStrTruncMiddle(*name, max_length);
+  return noErr;
 }

@@ -43,3 +43,16 @@ SInt32 GL_IsFileInFolder(const FSRef* folder, const HFSUniStr255* name, FSRef* r
                          Boolean* found);
 /// 1 if the folder holds an object of exactly that name.
 Boolean GL_IsFileNameInFolder(const FSRef* folder, const HFSUniStr255* name);
+
+/// Makes a folder. What already has the name counts as success, whatever it is, and `folder` (may
+/// be null) takes it.
+SInt32 GL_CreateFolder(const FSRef* parent, const HFSUniStr255* name, FSRef* folder);
+/// Opens a file's data fork; `permission` is one of forks.h. The caller closes it.
+SInt32 GL_OpenDataFork(const FSRef* file, SInt8 permission, SInt16* fork);
+
+/// The last component of a POSIX path in UTF-8 without its extension, as a new string that the
+/// caller owns. -4960 if there is none or it is not UTF-8.
+SInt32 GL_PosixPathToFileNameCFStrNoExt(const char* path, CFStringRef* name);
+/// The same, shortened in its middle to `max_length` UTF-16 units.
+SInt32 GL_PosixPathToFileNameCFMutStrNoExtMaxLen(const char* path, SInt32 max_length,
+                                                 CFMutableStringRef* name);
