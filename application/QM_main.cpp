@@ -14,6 +14,7 @@
 #include "LL_Linked_Lists.h"
 #include "MF_FileObjects.h"
 #include "NS_Navigation.h"
+#include "ORW_Debug.h"
 #include "QM_job.h"
 #include "QT_Movie_File.h"
 #include "images.h"
@@ -389,6 +390,7 @@ SInt32 QM_Start() {
   }
   status = SetMenuBarFromNib(nib, CFSTR("MenuBar"));
   DisposeNibReference(nib);
+  quillmere::debug::Checked(kDBG_MainTag, status, "err == 0 ", "END", "SetMenuBarFromNib failed");
   if (status != noErr) return QM_ReportExit("main", status);
   status = QM_OpenDialog();
   if (status != noErr) {

@@ -1,10 +1,29 @@
 #include "MF_FileObjects.h"
 
 #include <cstring>
+#include <source_location>
 
+#include "ORW_Debug.h"
 #include "catalogue.h"
 
 namespace {
+
+/// Traces a function of this library to its end.
+class Trace : quillmere::debug::Trace {
+ public:
+  explicit Trace(const char* function,
+                 const std::source_location& place = std::source_location::current())
+      : quillmere::debug::Trace(kDBG_FileObjectsTag, function, place) {}
+};
+
+/// Reports a call that failed; gives its status back.
+SInt32 Checked(SInt32 result, const char* message,
+               const std::source_location& place = std::source_location::current()) {
+  return quillmere::debug::Checked(kDBG_FileObjectsTag, result, "result == 0 ", "END", message,
+                                   place);
+}
+
+constexpr const char kCatalogFailed[] = "FSGetCatalogInfo failed";
 
 UInt16 Big16(const UInt8* bytes) {
   return static_cast<UInt16>((bytes[0] << 8) | bytes[1]);
@@ -25,25 +44,32 @@ MF_FinderInfo NativeInfo(const UInt8* bytes) {
 }  // namespace
 
 Boolean MF_FSRefValid(const FSRef* reference) {
+  const Trace trace("MF_FSRefValid");
   return reference &&
          FSGetCatalogInfo(reference, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr) == noErr;
 }
 
 SInt32 MF_FSGetParentRef(const FSRef* reference, FSRef* parent) {
+  const Trace trace("MF_FSGetParentRef");
   if (!parent) return paramErr;
-  return FSGetCatalogInfo(reference, kFSCatInfoNone, nullptr, nullptr, nullptr, parent);
+  return Checked(FSGetCatalogInfo(reference, kFSCatInfoNone, nullptr, nullptr, nullptr, parent),
+                 kCatalogFailed);
 }
 
 SInt32 MF_FSGetFileDirName(const FSRef* reference, HFSUniStr255* name) {
+  const Trace trace("MF_FSGetFileDirName");
   if (!name) return paramErr;
-  return FSGetCatalogInfo(reference, kFSCatInfoNone, nullptr, name, nullptr, nullptr);
+  return Checked(FSGetCatalogInfo(reference, kFSCatInfoNone, nullptr, name, nullptr, nullptr),
+                 kCatalogFailed);
 }
 
 SInt32 MF_FSGetNodeID(const FSRef* reference, UInt64* node_id, Boolean* is_directory) {
+  const Trace trace("MF_FSGetNodeID");
   if (!node_id) return paramErr;
   FSCatalogInfo info{};
-  const SInt32 status = FSGetCatalogInfo(reference, kFSCatInfoNodeFlags | kFSCatInfoNodeID, &info,
-                                         nullptr, nullptr, nullptr);
+  const SInt32 status = Checked(FSGetCatalogInfo(reference, kFSCatInfoNodeFlags | kFSCatInfoNodeID,
+                                                 &info, nullptr, nullptr, nullptr),
+                                kCatalogFailed);
   if (status) return status;
   *node_id = info.nodeID;
   if (is_directory) *is_directory = (info.nodeFlags & kFSNodeIsDirectoryMask) != 0;
@@ -52,11 +78,13 @@ SInt32 MF_FSGetNodeID(const FSRef* reference, UInt64* node_id, Boolean* is_direc
 
 SInt32 MF_FSGetFinderInfo(const FSRef* reference, MF_FinderInfo* info,
                           MF_ExtendedFinderInfo* extended, Boolean* is_directory) {
+  const Trace trace("MF_FSGetFinderInfo");
   const FSCatalogInfoBitmap mask = (info ? kFSCatInfoFinderInfo : kFSCatInfoNone) |
                                    (extended ? kFSCatInfoFinderXInfo : kFSCatInfoNone) |
                                    (is_directory ? kFSCatInfoNodeFlags : kFSCatInfoNone);
   FSCatalogInfo found{};
-  const SInt32 status = FSGetCatalogInfo(reference, mask, &found, nullptr, nullptr, nullptr);
+  const SInt32 status =
+      Checked(FSGetCatalogInfo(reference, mask, &found, nullptr, nullptr, nullptr), kCatalogFailed);
   if (status) return status;
   if (info) *info = NativeInfo(found.finderInfo);
   if (extended) std::memcpy(extended->bytes, found.extFinderInfo, sizeof(extended->bytes));
