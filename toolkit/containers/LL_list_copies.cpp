@@ -111,7 +111,7 @@ SInt32 Intersect(void* list1, void* list2, LL_EqualProc equal, SInt32 mode, Inte
 SInt32 LL_CopyPtrFromListToList(const void* source, Size size, void* behind, void** list,
                                 void** added) {
   if (added) *added = nullptr;
-  if (!source) return paramErr;
+  if (!source || !added) return paramErr;
   const SInt32 status = LL_AddNewPtr(size, behind, list, added);
   if (status) return status;
   std::memcpy(static_cast<char*>(*added) + kLinkSize, static_cast<const char*>(source) + kLinkSize,

@@ -13,13 +13,19 @@ std::size_t Bytes(Size size) {
   return static_cast<std::size_t>(size);
 }
 
+/// Sets MemError and gives it back.
+SInt32 Status(SInt32 status) {
+  SetMemError(status);
+  return status;
+}
+
 /// A block of at least one byte, so that an empty one has an address too.
 SInt32 Allocate(Size size, void** ptr, bool clear) {
   if (ptr) *ptr = nullptr;
-  if (!ptr || size < 0) return SetMemError(paramErr);
+  if (!ptr || size < 0) return Status(paramErr);
   const std::size_t bytes = Bytes(size > 0 ? size : 1);
   *ptr = clear ? std::calloc(bytes, 1) : std::malloc(bytes);
-  return SetMemError(*ptr ? noErr : memFullErr);
+  return Status(*ptr ? noErr : memFullErr);
 }
 
 /// A scratch size rounded up to a multiple of 16; -1 if it is negative or would pass 31 bits.
@@ -65,10 +71,10 @@ SInt32 GL_SetPtrSizeClear(Size old_size, Size new_size, void** ptr) {
   if (!*ptr) return GL_NewPtrClear(new_size, ptr);
   if (new_size <= old_size) return noErr;
   void* grown = std::realloc(*ptr, Bytes(new_size));
-  if (!grown) return SetMemError(memFullErr);
+  if (!grown) return Status(memFullErr);
   std::memset(static_cast<char*>(grown) + old_size, 0, Bytes(new_size - old_size));
   *ptr = grown;
-  return SetMemError(noErr);
+  return Status(noErr);
 }
 
 SInt32 GL_PtrAndPtr(void** source, Size source_size, void** dest, Size dest_size, Size offset,
