@@ -199,13 +199,32 @@ class Movies(JobCase):
         base = subprocess.run(['ffmpeg', '-v', 'error', '-nostdin', '-i', self.source / 'faststart.mp4', '-frames:v', '1',
                                '-vf', 'format=rgba,format=rgb24', '-f', 'rawvideo', '-'], capture_output=True, check=True).stdout
 
+        self.expect_blend(raw, base, 2)
+
+    def test_mpv_blends_show_the_overlay(self):
+        """The same in mpv, its two tracks blended by a filter of the player."""
+        output = self.target / 'faststart-clean.mov'
+
+        def first_frame(path, *options):
+            with tempfile.TemporaryDirectory() as folder:
+                media.run('mpv', '--no-config', '--really-quiet', '--no-audio', '--frames=1', '--vo=image',
+                          '--vo-image-format=png', f'--vo-image-outdir={folder}', *options, path)
+                frame = next(Path(folder).iterdir())
+                return subprocess.run(['convert', frame, '-depth', '8', 'rgb:-'], capture_output=True, check=True).stdout
+        raw = first_frame(output, '--lavfi-complex=[vid1]format=rgba[b];[b][vid2]overlay=format=rgb,format=rgb24[vo]')
+        base = first_frame(self.source / 'faststart.mp4', '--vf=format=rgb24')
+        self.expect_blend(raw, base, 3)
+
+    def expect_blend(self, raw, base, tolerance):
         def pixel(image, x, y):
             return tuple(image[(y * 320 + x) * 3:(y * 320 + x) * 3 + 3])
-        self.assertEqual(pixel(raw, 10, 30), pixel(base, 10, 30))
-        self.assertEqual(pixel(raw, 90, 30), (255, 0, 0))
-        expected = tuple(round((128 * r + 127 * b) / 255) for r, b in zip((255, 0, 0), pixel(base, 48, 30)))
-        for got, wanted in zip(pixel(raw, 48, 30), expected):
-            self.assertLessEqual(abs(got - wanted), 2)
+
+        def expect(x, expected, within):
+            for got, wanted in zip(pixel(raw, x, 30), expected):
+                self.assertLessEqual(abs(got - wanted), within)
+        expect(10, pixel(base, 10, 30), tolerance - 2)
+        expect(90, (255, 0, 0), 0)
+        expect(48, tuple(round((128 * r + 127 * b) / 255) for r, b in zip((255, 0, 0), pixel(base, 48, 30))), tolerance)
 
 
 class Stills(JobCase):
