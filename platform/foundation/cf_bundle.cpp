@@ -10,9 +10,11 @@
 #include "strings_table.h"
 
 struct CFBundle final : CFObject {
-  std::mutex mutex;
-  std::filesystem::path preferred;
-  std::map<std::filesystem::path, quillmere::StringsTable> tables;  ///< by file, those read so far
+  mutable std::mutex mutex;
+  std::filesystem::path folder;     ///< of a bundle that is not the application's
+  std::filesystem::path preferred;  ///< where the application's bundle looks first
+  /// By file, those read so far.
+  mutable std::map<std::filesystem::path, quillmere::StringsTable> tables;
 };
 
 namespace {
@@ -28,10 +30,11 @@ CFBundle& MainBundle() {
   return *bundle;
 }
 
-/// Where the resources may stand: what was set, then beside and above the program.
-std::vector<fs::path> ResourceFolders() {
+/// Where the resources may stand: in a bundle's folder; for the application what was set, then
+/// beside and above the program.
+std::vector<fs::path> ResourceFolders(const CFBundle& bundle) {
+  if (!bundle.folder.empty()) return {bundle.folder / "Resources", bundle.folder};
   std::vector<fs::path> folders;
-  CFBundle& bundle = MainBundle();
   {
     const std::lock_guard lock(bundle.mutex);
     if (!bundle.preferred.empty()) folders.push_back(bundle.preferred);
@@ -58,8 +61,7 @@ quillmere::StringsTable ReadTable(const fs::path& path) {
 }
 
 /// A new string of the text under `key` in the table that `path` holds; null if there is none.
-CFStringRef CopyTextInTable(const fs::path& path, CFStringRef key) {
-  CFBundle& bundle = MainBundle();
+CFStringRef CopyTextInTable(const CFBundle& bundle, const fs::path& path, CFStringRef key) {
   const std::lock_guard lock(bundle.mutex);
   auto table = bundle.tables.find(path);
   if (table == bundle.tables.end()) table = bundle.tables.emplace(path, ReadTable(path)).first;
@@ -79,13 +81,21 @@ CFBundleRef CFBundleGetMainBundle() {
   return &MainBundle();
 }
 
+CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef url) {
+  std::error_code error;
+  if (!url || !fs::is_directory(quillmere::PathOf(url), error)) return nullptr;
+  auto* bundle = new CFBundle;
+  bundle->folder = quillmere::PathOf(url);
+  return bundle;
+}
+
 CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringRef type,
                                  CFStringRef sub_folder) {
   if (!bundle) return nullptr;
   std::string file = quillmere::ToUtf8(name);
   if (!IsEmpty(type)) file.append(".").append(quillmere::ToUtf8(type));
   if (file.empty()) return nullptr;
-  for (const fs::path& folder : ResourceFolders()) {
+  for (const fs::path& folder : ResourceFolders(*bundle)) {
     const fs::path candidate = folder / quillmere::ToUtf8(sub_folder) / file;
     std::error_code error;
     if (fs::exists(candidate, error))
@@ -100,7 +110,8 @@ CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFS
   for (const CFStringRef folder : {CFSTR("en.lproj"), CFSTR("")}) {
     const Owned<CFURLRef> url(CFBundleCopyResourceURL(bundle, name, CFSTR("strings"), folder));
     if (!url || key == nullptr) continue;
-    if (const CFStringRef text = CopyTextInTable(quillmere::PathOf(url.get()), key)) return text;
+    if (const CFStringRef text = CopyTextInTable(*bundle, quillmere::PathOf(url.get()), key))
+      return text;
   }
   const CFStringRef fallback = IsEmpty(value) ? key : value;
   return CFStringCreateCopy(kCFAllocatorDefault, fallback ? fallback : CFSTR(""));

@@ -1,8 +1,9 @@
-/// The application's bundle: the folder that holds the program's resources, and its string tables.
+/// Bundles: folders that hold resources and string tables; above all the application's own.
 ///
-/// In the build tree and in an installed program the folder is found beside or above the
-/// executable. A string table is the file TABLE.strings (see strings_table.h) in the bundle's
-/// folder "en.lproj", or in the bundle itself. Everything here may be called from any thread.
+/// In the build tree and in an installed program the application's folder is found beside or above
+/// the executable. Any other bundle's resources lie in its folder "Resources", or in itself. A
+/// string table is the file TABLE.strings (see strings_table.h) in the bundle's folder "en.lproj",
+/// or in the bundle itself. Everything here may be called from any thread.
 #pragma once
 
 #include <filesystem>
@@ -17,6 +18,8 @@ using CFBundleRef = const CFBundle*;
 
 /// The program's own bundle, lent.
 CFBundleRef CFBundleGetMainBundle();
+/// The bundle in an existing folder, which the caller owns; null if there is no folder.
+CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef url);
 /// The URL of a resource file by its name, or null if there is none. The caller owns it.
 CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringRef type,
                                  CFStringRef sub_folder);

@@ -72,12 +72,19 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* characte
                         : std::u16string());
 }
 
-CFStringRef CFStringCreateWithFormat(CFAllocatorRef, CFTypeRef, CFStringRef format, ...) {
+CFStringRef CFStringCreateWithFormat(CFAllocatorRef allocator, CFTypeRef options,
+                                     CFStringRef format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  std::u16string text = quillmere::FormatUnits(quillmere::UnitsOf(format), arguments);
+  const CFStringRef string =
+      CFStringCreateWithFormatAndArguments(allocator, options, format, arguments);
   va_end(arguments);
-  return Make(std::move(text));
+  return string;
+}
+
+CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef, CFTypeRef, CFStringRef format,
+                                                 std::va_list arguments) {
+  return Make(quillmere::FormatUnits(quillmere::UnitsOf(format), arguments));
 }
 
 CFStringRef CFStringCreateCopy(CFAllocatorRef, CFStringRef string) {

@@ -5,6 +5,7 @@
 /// argument is treated as an empty string where the function's text does not say otherwise.
 #pragma once
 
+#include <cstdarg>
 #include <string>
 #include <string_view>
 
@@ -61,6 +62,8 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar
 /// "%lu" take a 64-bit value, "%d" and "%u" an int. `options` is null.
 CFStringRef CFStringCreateWithFormat(CFAllocatorRef allocator, CFTypeRef options,
                                      CFStringRef format, ...);
+CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef allocator, CFTypeRef options,
+                                                 CFStringRef format, std::va_list arguments);
 CFStringRef CFStringCreateCopy(CFAllocatorRef allocator, CFStringRef string);
 /// A new empty string that can be changed. `capacity` is a hint and no limit.
 CFMutableStringRef CFStringCreateMutable(CFAllocatorRef allocator, CFIndex capacity);

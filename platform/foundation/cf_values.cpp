@@ -3,10 +3,20 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
+
+#include "cf_dates.h"
+
+namespace {
+
+/// What a number can hold: UInt64 only for values above the largest SInt64.
+using NumberValue = std::variant<SInt64, UInt64, double>;
+
+}  // namespace
 
 struct CFBoolean final : CFObject {
   explicit CFBoolean(bool truth) : value(truth) {}
@@ -14,8 +24,9 @@ struct CFBoolean final : CFObject {
 };
 
 struct CFNumber final : CFObject {
-  explicit CFNumber(std::variant<SInt64, double> number) : value(number) {}
-  std::variant<SInt64, double> value;
+  CFNumber(CFNumberType kind, NumberValue number) : type(kind), value(number) {}
+  CFNumberType type;
+  NumberValue value;
 };
 
 struct CFData final : CFObject {
@@ -32,11 +43,36 @@ struct CFDictionary final : CFObject {
     quillmere::Owned<CFTypeRef> value;
   };
   std::vector<Entry> entries;
+  /// Where each key stands in `entries`. The views are of the entries' own keys.
+  std::map<std::u16string_view, std::size_t> positions;
 
-  auto Find(CFStringRef key) const {
-    return std::find_if(entries.begin(), entries.end(), [key](const Entry& entry) {
-      return quillmere::UnitsOf(entry.key.get()) == quillmere::UnitsOf(key);
-    });
+  /// The key's entry, or null.
+  const Entry* Find(CFStringRef key) const {
+    const auto found = positions.find(quillmere::UnitsOf(key));
+    return found == positions.end() ? nullptr : &entries[found->second];
+  }
+
+  void Set(CFStringRef key, CFTypeRef value) {
+    const auto found = positions.find(quillmere::UnitsOf(key));
+    if (found != positions.end()) {
+      entries[found->second].value.reset(CFRetain(value));
+      return;
+    }
+    Entry entry{quillmere::Owned<CFStringRef>(CFStringCreateCopy(kCFAllocatorDefault, key)),
+                quillmere::Owned<CFTypeRef>(CFRetain(value))};
+    positions.emplace(quillmere::UnitsOf(entry.key.get()), entries.size());
+    entries.push_back(std::move(entry));
+  }
+
+  void Remove(CFStringRef key) {
+    const auto found = positions.find(quillmere::UnitsOf(key));
+    if (found == positions.end()) return;
+    const std::size_t position = found->second;
+    positions.erase(found);
+    entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(position));
+    for (auto& [name, place] : positions) {
+      if (place > position) --place;
+    }
   }
 };
 
@@ -49,7 +85,7 @@ T Load(const void* value) {
 
 /// Stores a number as T; false when the value does not come through whole.
 template <class T>
-bool Store(const std::variant<SInt64, double>& number, void* out) {
+bool Store(const NumberValue& number, void* out) {
   return std::visit(
       [out](auto value) {
         using Source = decltype(value);
@@ -83,10 +119,68 @@ const Object* As(CFTypeRef object) {
   return dynamic_cast<const Object*>(quillmere::ObjectOf(object));
 }
 
+bool EqualNumbers(const NumberValue& a, const NumberValue& b) {
+  return std::visit(
+      [](auto x, auto y) {
+        if constexpr (std::is_integral_v<decltype(x)> && std::is_integral_v<decltype(y)>) {
+          return std::cmp_equal(x, y);
+        } else {
+          const auto left = static_cast<double>(x);
+          const auto right = static_cast<double>(y);
+          return left == right || (std::isnan(left) && std::isnan(right));
+        }
+      },
+      a, b);
+}
+
+bool EqualArrays(const CFArray& a, const CFArray& b) {
+  return std::ranges::equal(a.values, b.values, [](const auto& x, const auto& y) {
+    return CFEqual(x.get(), y.get()) != 0;
+  });
+}
+
+bool EqualDictionaries(const CFDictionary& a, const CFDictionary& b) {
+  if (a.entries.size() != b.entries.size()) return false;
+  return std::ranges::all_of(a.entries, [&b](const CFDictionary::Entry& entry) {
+    const CFDictionary::Entry* other = b.Find(entry.key.get());
+    return other != nullptr && CFEqual(entry.value.get(), other->value.get()) != 0;
+  });
+}
+
+/// Calls `compare` if both objects are of the kind; else false.
+template <class Object, class Compare>
+bool BothAre(CFTypeRef a, CFTypeRef b, Compare compare) {
+  const Object* left = As<Object>(a);
+  const Object* right = left ? As<Object>(b) : nullptr;
+  return right != nullptr && compare(*left, *right);
+}
+
 }  // namespace
 
 const CFBooleanRef kCFBooleanTrue = new CFBoolean(true);
 const CFBooleanRef kCFBooleanFalse = new CFBoolean(false);
+
+Boolean CFEqual(CFTypeRef a, CFTypeRef b) {
+  if (a == b) return 1;
+  if (!a || !b) return 0;
+  if (const CFStringRef left = quillmere::AsString(a)) {
+    const CFStringRef right = quillmere::AsString(b);
+    return right && quillmere::UnitsOf(left) == quillmere::UnitsOf(right) ? 1 : 0;
+  }
+  if (const CFDateRef left = quillmere::AsDate(a)) {
+    const CFDateRef right = quillmere::AsDate(b);
+    return right && CFDateGetAbsoluteTime(left) == CFDateGetAbsoluteTime(right) ? 1 : 0;
+  }
+  const bool equal =
+      BothAre<CFNumber>(
+          a, b,
+          [](const CFNumber& x, const CFNumber& y) { return EqualNumbers(x.value, y.value); }) ||
+      BothAre<CFBoolean>(
+          a, b, [](const CFBoolean& x, const CFBoolean& y) { return x.value == y.value; }) ||
+      BothAre<CFData>(a, b, [](const CFData& x, const CFData& y) { return x.bytes == y.bytes; }) ||
+      BothAre<CFArray>(a, b, EqualArrays) || BothAre<CFDictionary>(a, b, EqualDictionaries);
+  return equal ? 1 : 0;
+}
 
 Boolean CFBooleanGetValue(CFBooleanRef value) {
   return value && value->value ? 1 : 0;
@@ -96,17 +190,18 @@ CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void* value)
   if (!value) return nullptr;
   switch (type) {
     case kCFNumberSInt8Type:
-      return new CFNumber(SInt64{Load<SInt8>(value)});
+      return new CFNumber(type, SInt64{Load<SInt8>(value)});
     case kCFNumberSInt16Type:
-      return new CFNumber(SInt64{Load<SInt16>(value)});
+    case kCFNumberShortType:
+      return new CFNumber(type, SInt64{Load<SInt16>(value)});
     case kCFNumberSInt32Type:
-      return new CFNumber(SInt64{Load<SInt32>(value)});
+      return new CFNumber(type, SInt64{Load<SInt32>(value)});
     case kCFNumberSInt64Type:
-      return new CFNumber(Load<SInt64>(value));
+      return new CFNumber(type, Load<SInt64>(value));
     case kCFNumberFloat32Type:
-      return new CFNumber(double{Load<float>(value)});
+      return new CFNumber(type, double{Load<float>(value)});
     case kCFNumberFloat64Type:
-      return new CFNumber(Load<double>(value));
+      return new CFNumber(type, Load<double>(value));
   }
   return nullptr;
 }
@@ -117,6 +212,7 @@ Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
     case kCFNumberSInt8Type:
       return Store<SInt8>(number->value, value);
     case kCFNumberSInt16Type:
+    case kCFNumberShortType:
       return Store<SInt16>(number->value, value);
     case kCFNumberSInt32Type:
       return Store<SInt32>(number->value, value);
@@ -128,6 +224,10 @@ Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
       return Store<double>(number->value, value);
   }
   return 0;
+}
+
+CFNumberType CFNumberGetType(CFNumberRef number) {
+  return number ? number->type : CFNumberType{};
 }
 
 CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
@@ -149,6 +249,15 @@ CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef) {
   return new CFArray;
 }
 
+CFMutableArrayRef CFArrayCreateMutableCopy(CFAllocatorRef, CFArrayRef array) {
+  if (!array) return nullptr;
+  auto* copy = new CFArray;
+  copy->values.reserve(array->values.size());
+  for (const auto& value : array->values)
+    copy->values.emplace_back(CFRetain(value.get()));
+  return copy;
+}
+
 CFIndex CFArrayGetCount(CFArrayRef array) {
   return array ? std::ssize(array->values) : 0;
 }
@@ -162,34 +271,45 @@ void CFArrayAppendValue(CFMutableArrayRef array, CFTypeRef value) {
   if (array && value) array->values.emplace_back(CFRetain(value));
 }
 
+Boolean CFArrayContainsValue(CFArrayRef array, CFTypeRef value) {
+  if (!array) return 0;
+  return std::any_of(array->values.begin(), array->values.end(),
+                     [value](const auto& element) { return CFEqual(element.get(), value) != 0; });
+}
+
 CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef) {
   return new CFDictionary;
 }
 
+CFMutableDictionaryRef CFDictionaryCreateMutableCopy(CFAllocatorRef, CFDictionaryRef dictionary) {
+  if (!dictionary) return nullptr;
+  auto* copy = new CFDictionary;
+  for (const CFDictionary::Entry& entry : dictionary->entries)
+    copy->Set(entry.key.get(), entry.value.get());
+  return copy;
+}
+
 void CFDictionarySetValue(CFMutableDictionaryRef dictionary, CFStringRef key, CFTypeRef value) {
-  if (!dictionary || !key || !value) return;
-  CFRetain(value);
-  for (CFDictionary::Entry& entry : dictionary->entries) {
-    if (quillmere::UnitsOf(entry.key.get()) == quillmere::UnitsOf(key)) {
-      entry.value.reset(value);
-      return;
-    }
-  }
-  dictionary->entries.push_back(
-      {quillmere::Owned<CFStringRef>(CFStringCreateCopy(kCFAllocatorDefault, key)),
-       quillmere::Owned<CFTypeRef>(value)});
+  if (dictionary && key && value) dictionary->Set(key, value);
 }
 
 CFTypeRef CFDictionaryGetValue(CFDictionaryRef dictionary, CFStringRef key) {
   if (!dictionary || !key) return nullptr;
-  const auto found = dictionary->Find(key);
-  return found == dictionary->entries.end() ? nullptr : found->value.get();
+  const CFDictionary::Entry* found = dictionary->Find(key);
+  return found ? found->value.get() : nullptr;
 }
 
 void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, CFStringRef key) {
-  if (!dictionary || !key) return;
-  const auto found = dictionary->Find(key);
-  if (found != dictionary->entries.end()) dictionary->entries.erase(found);
+  if (dictionary && key) dictionary->Remove(key);
+}
+
+void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, CFStringRef* keys,
+                                  CFTypeRef* values) {
+  if (!dictionary) return;
+  for (std::size_t i = 0; i < dictionary->entries.size(); ++i) {
+    if (keys) keys[i] = dictionary->entries[i].key.get();
+    if (values) values[i] = dictionary->entries[i].value.get();
+  }
 }
 
 CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
@@ -206,8 +326,31 @@ CFBooleanRef AsBoolean(CFTypeRef object) {
   return As<CFBoolean>(object);
 }
 
+CFDataRef AsData(CFTypeRef object) {
+  return As<CFData>(object);
+}
+
+CFArrayRef AsArray(CFTypeRef object) {
+  return As<CFArray>(object);
+}
+
 CFDictionaryRef AsDictionary(CFTypeRef object) {
   return As<CFDictionary>(object);
+}
+
+CFNumberRef CreateUnsignedNumber(UInt64 value) {
+  if (std::in_range<SInt64>(value))
+    return new CFNumber(kCFNumberSInt64Type, static_cast<SInt64>(value));
+  return new CFNumber(kCFNumberSInt64Type, value);
+}
+
+bool IsInteger(CFNumberRef number, UInt64* magnitude, bool* is_negative) {
+  if (!number || std::holds_alternative<double>(number->value)) return false;
+  const auto* small = std::get_if<SInt64>(&number->value);
+  *is_negative = small != nullptr && *small < 0;
+  const UInt64 bits = small ? static_cast<UInt64>(*small) : std::get<UInt64>(number->value);
+  *magnitude = *is_negative ? 0 - bits : bits;
+  return true;
 }
 
 }  // namespace quillmere
