@@ -27,6 +27,74 @@ TEST(Fixed, ClampsAndRounds) {
   EXPECT_EQ(X2Fix(std::numeric_limits<double>::quiet_NaN()), 0);
 }
 
+TEST(Fixed, MultipliesAndDividesRoundedAndHeldAtTheLimits) {
+  constexpr SInt32 kHighest = std::numeric_limits<SInt32>::max();
+  constexpr SInt32 kLowest = std::numeric_limits<SInt32>::min();
+  const struct {
+    SInt32 a, b;
+    Fixed product, quotient;
+  } cases[] = {
+      {0x18000, 0x28000, 0x3C000, 0x999A},
+      {-0x18000, 0x28000, -0x3C000, -0x999A},
+      {1, 3, 0, 0x5555},
+      {2, 3, 0, 0xAAAB},
+      {1, 0x8000, 1, 2},
+      {-1, 0x8000, -1, -2},
+      {1, 0x7FFF, 0, 2},
+      {1, 131072, 2, 1},
+      {1, 131073, 2, 0},
+      {5, 0, 0, kHighest},
+      {0, 0, 0, kHighest},
+      {-5, 0, 0, kLowest},
+      {kHighest, kHighest, kHighest, 0x10000},
+      {kLowest, kLowest, kHighest, 0x10000},
+      {kLowest, kHighest, kLowest, -0x10000},
+      {kLowest, -1, 32768, kHighest},
+      {32768, 1, 1, kHighest},
+      {-32768, 1, -1, kLowest},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(FixMul(c.a, c.b), c.product) << c.a << " * " << c.b;
+    EXPECT_EQ(FixDiv(c.a, c.b), c.quotient) << c.a << " / " << c.b;
+  }
+  EXPECT_EQ(Fix2Long(0x18000), 2);
+  EXPECT_EQ(Fix2Long(0x17FFF), 1);
+  EXPECT_EQ(Fix2Long(-0x18000), -2);
+  EXPECT_EQ(Fix2Long(kHighest), 32768);
+  EXPECT_EQ(Fix2Long(kLowest), -32768);
+}
+
+TEST(Wide, DividesTowardZeroWithItsRemainder) {
+  constexpr SInt32 kHighest = std::numeric_limits<SInt32>::max();
+  constexpr SInt32 kLowest = std::numeric_limits<SInt32>::min();
+  constexpr SInt64 kWideLowest = std::numeric_limits<SInt64>::min();
+  const struct {
+    SInt64 dividend;
+    SInt32 divisor, quotient, remainder;
+  } cases[] = {
+      {17, 5, 3, 2},
+      {-17, 5, -3, -2},
+      {17, -5, -3, 2},
+      {-17, -5, 3, -2},
+      {WideMultiply(kLowest, kLowest), kLowest, kLowest, 0},
+      {WideMultiply(kHighest, kHighest), kHighest, kHighest, 0},
+      {WideMultiply(kHighest, kHighest), 1, kHighest, 0},
+      {WideMultiply(kHighest, kLowest), 7, kLowest, 0},
+      {kLowest, -1, kHighest, 0},
+      {kWideLowest, -1, kHighest, 0},
+      {kWideLowest, kLowest, kHighest, 0},
+      {1, 0, kHighest, 0},
+      {-1, 0, kLowest, 0},
+  };
+  for (const auto& c : cases) {
+    SInt32 remainder = 99;
+    EXPECT_EQ(WideDivide(c.dividend, c.divisor, &remainder), c.quotient)
+        << c.dividend << " / " << c.divisor;
+    EXPECT_EQ(remainder, c.remainder) << c.dividend << " / " << c.divisor;
+    EXPECT_EQ(WideDivide(c.dividend, c.divisor, nullptr), c.quotient);
+  }
+}
+
 TEST(Handles, KeepTheirContentWhenTheyGrowAndShrink) {
   Handle handle = nullptr;
   ASSERT_EQ(PtrToHand("hello", &handle, 5), noErr);
