@@ -24,7 +24,7 @@ SInt64 Length(const char* string) {
 
 /// Stores a text that the caller has found to fit.
 void Store(std::string_view text, char* string) {
-  std::memmove(string, text.data(), text.size());
+  if (!text.empty()) std::memmove(string, text.data(), text.size());
   string[text.size()] = 0;
 }
 

@@ -28,7 +28,7 @@ std::string_view View(const char* string) {
 void Store(std::string_view text, char* out) {
   if (out == nullptr) return;
   text = text.substr(0, kLongestCString);
-  std::memmove(out, text.data(), text.size());
+  if (!text.empty()) std::memmove(out, text.data(), text.size());
   out[text.size()] = 0;
 }
 

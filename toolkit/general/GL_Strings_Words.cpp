@@ -20,7 +20,7 @@ std::string_view View(const char* string) {
 
 /// Stores a text that the caller has found to fit.
 void Store(std::string_view text, char* out) {
-  std::memmove(out, text.data(), text.size());
+  if (!text.empty()) std::memmove(out, text.data(), text.size());
   out[text.size()] = 0;
 }
 
