@@ -73,6 +73,7 @@ TEST_F(BundleScripts, CallsASubroutine) {
   EXPECT_EQ(42, sum);
   EXPECT_EQ(typeNull, error_.descriptorType);
   EXPECT_EQ(typeNull, number_.descriptorType);
+  AEDisposeDesc(&result_);
   EXPECT_EQ(noErr, AE_RunNamedSubroutineNoParams(component_, script_, "sum", &result_));
   AEGetDescData(&result_, &sum, sizeof sum);
   EXPECT_EQ(0, sum);
