@@ -6,8 +6,11 @@
 #include <utility>
 
 #include "big_endian.h"
+#include "field_reader.h"
 #include "movie_records.h"
 #include "movie_toolbox.h"
+#include "sample_groups.h"
+#include "sample_runs.h"
 #include "sample_table.h"
 
 namespace quillmere::movies {
@@ -39,50 +42,12 @@ constexpr UInt64 kMaximumSamples = std::numeric_limits<UInt32>::max();
 /// Atoms of a `traf` without which its samples can't be understood, and which ordinary tables of
 /// a flattened movie can't take over: they name bytes by place or number samples within the
 /// fragment.
-constexpr OSType kNotConvertible[] = {"senc"_4cc, "saiz"_4cc, "saio"_4cc, "subs"_4cc,
-                                      "sbgp"_4cc, "sgpd"_4cc, "uuid"_4cc};
-
-/// So many samples in a row with one value.
-struct Run {
-  UInt32 count;
-  UInt32 value;
-};
-
-void AppendRun(std::vector<Run>* runs, UInt32 count, UInt32 value) {
-  if (count == 0) return;
-  if (!runs->empty() && runs->back().value == value) {
-    runs->back().count += count;  // the sum stays below kMaximumSamples
-  } else {
-    runs->push_back({count, value});
-  }
-}
+constexpr OSType kNotConvertible[] = {"senc"_4cc, "saiz"_4cc, "saio"_4cc,
+                                      "subs"_4cc, "csgp"_4cc, "uuid"_4cc};
 
 bool IsUniform(const std::vector<Run>& runs) {
   return runs.size() <= 1;
 }
-
-/// Reads big-endian fields one after the other; a field that is not there makes it fail for good.
-class FieldReader {
- public:
-  explicit FieldReader(std::span<const UInt8> bytes) : bytes_(bytes) {}
-  UInt32 U32() { return Take(4) ? ReadU32(taken_) : 0; }
-  UInt64 U64() { return Take(8) ? ReadU64(taken_) : 0; }
-  UInt32 U32If(bool present, UInt32 otherwise) { return present ? U32() : otherwise; }
-  bool ok() const { return ok_; }
-  std::size_t left() const { return bytes_.size(); }
-
- private:
-  bool Take(std::size_t count) {
-    ok_ = ok_ && bytes_.size() >= count;
-    if (!ok_) return false;
-    taken_ = bytes_.data();
-    bytes_ = bytes_.subspan(count);
-    return true;
-  }
-  std::span<const UInt8> bytes_;
-  const UInt8* taken_ = nullptr;
-  bool ok_ = true;
-};
 
 /// What holds for samples that do not say otherwise.
 struct SampleDefaults {
@@ -113,6 +78,7 @@ struct TrackSamples {
   std::vector<Run> sizes;         ///< of new samples
   std::vector<Run> flags;         ///< of new samples
   std::vector<FragmentChunk> chunks;
+  SampleGroupMerger groups;
   UInt64 samples = 0;        ///< all
   UInt64 composed = 0;       ///< those that `compositions` tells of
   UInt64 bytes = 0;          ///< of new samples
@@ -186,6 +152,7 @@ class FragmentCollector {
     if (status != noErr) return status;
     samples.samples = samples.old_samples = table.sample_count();
     if (samples.samples > kMaximumSamples) return invalidSampleTable;
+    samples.groups.Start(samples.stbl, samples.old_samples);
     samples.old_chunks = table.chunk_count();
     samples.old_duration = samples.end_time = table.duration();
     const UInt64 untimed = LoadRuns(*samples.stbl, "stts"_4cc, samples.old_samples, &samples.times);
@@ -240,12 +207,13 @@ class FragmentCollector {
     defaults.flags = fields.U32If((flags & kHasDefaultFlags) != 0, defaults.flags);
     if (!fields.ok() || !TakeDecodeTime(part.Find("tfdt"_4cc), track)) return invalidSampleTable;
     UInt64 position = base;
+    const UInt64 first = track->samples;
     for (const Atom& atom : part.children()) {
       if (atom.type() != "trun"_4cc) continue;
       if (!AddRun(atom, defaults, base, &position, track)) return invalidSampleTable;
     }
     *data_end = position;
-    return noErr;
+    return track->groups.Add(part, first, track->samples) ? OSStatus{noErr} : invalidSampleTable;
   }
 
   /// The decode time that the fragment starts at: the last sample before it lasts until then.
@@ -629,6 +597,7 @@ OSStatus WriteTables(TrackSamples* track, UInt64 file_size) {
   if (track->samples == track->old_samples) return noErr;
   WriteDependencies(*track);
   if (!WriteSyncs(*track, file_size) || !WriteSizes(*track, file_size)) return invalidSampleTable;
+  track->groups.Write(track->samples, track->stbl);
   Atom& times = TableOf(track->stbl, "stts"_4cc);
   WriteRuns(track->times, VersionAndFlags(times), &times);
   WriteCompositions(track);

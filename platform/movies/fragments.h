@@ -24,7 +24,8 @@ using FragmentReader = std::function<OSStatus(const FragmentPlace&, std::unique_
 /// has, and takes `mvex` out. Durations of media, tracks, movie and of edits that reach to the end
 /// of the media grow with them. One fragment is in memory at a time. invalidSampleTable when the
 /// fragments claim what `file_size` bytes can't hold or are damaged; badPublicMovieAtom when they
-/// have what ordinary tables can't say (encrypted samples). `movie` is undefined on failure.
+/// have what ordinary tables can't take over (encrypted samples, auxiliary information). `movie` is
+/// undefined on failure.
 OSStatus MergeFragments(std::span<const FragmentPlace> fragments, const FragmentReader& read,
                         UInt64 file_size, Atom* movie);
 

@@ -323,5 +323,54 @@ TEST(SampleTable, ReplacingOffsetsChangesNothingElse) {
   EXPECT_EQ(written(), before);
 }
 
+/// The tables of one track of single-sample chunks at these offsets.
+Bytes ChunksAt(std::initializer_list<UInt32> offsets, UInt32 size) {
+  const auto count = static_cast<UInt32>(offsets.size());
+  return Concatenate({Descriptions({Sound("sowt", 2, 16)}), Table("stts", {count, 10}, 2),
+                      Table("stsc", {1, 1, 1}, 3), ConstantSizes(size, count),
+                      Table("stco", offsets, 1)});
+}
+
+TEST(SampleTable, ChunksHaveToLieWithinTheFile) {
+  SampleTable table;
+  ASSERT_EQ(ReadTables(ChunksAt({100, 0, 900}, 100), "soun"_4cc, &table), noErr);
+  struct Case {
+    UInt16 reference;
+    UInt64 file_size;
+    OSStatus expected;
+  };
+  for (const Case& c : {Case{0, 1000, noErr}, Case{0, 999, eofErr}, Case{1, 999, eofErr},
+                        Case{2, 0, noErr}, Case{0, 0, eofErr}, Case{0, 99, eofErr}}) {
+    EXPECT_EQ(CheckChunkBounds(table, c.reference, c.file_size), c.expected) << c.file_size;
+  }
+}
+
+TEST(SampleTable, ShiftedOffsetsKeepTheirWidthOrAreRefused) {
+  struct Case {
+    bool wide;
+    UInt64 distance;
+    OSStatus expected;
+  };
+  for (const Case& c :
+       {Case{false, 0xFFFFFFFF - 900, noErr},
+        Case{false, UInt64{0xFFFFFFFF} - 899, invalidSampleTable},
+        Case{false, ~UInt64{0}, invalidSampleTable}, Case{true, UInt64{1} << 40, noErr},
+        Case{true, ~UInt64{0} - 900, noErr}, Case{true, ~UInt64{0} - 899, invalidSampleTable}}) {
+    const std::unique_ptr<Atom> movie = ParseTables(ChunksAt({100, 0, 900}, 100));
+    Atom* stbl = TablesOf(movie.get());
+    const UInt64 offsets[] = {100, 0, 900};
+    ASSERT_EQ(ReplaceChunkOffsets(stbl, offsets, c.wide), noErr);
+    ASSERT_EQ(ShiftChunkOffsets(stbl, c.distance), c.expected) << c.distance;
+    if (c.expected != noErr) continue;
+    const int width = c.wide ? 8 : 4;
+    const Atom* shifted = stbl->Find(c.wide ? "co64"_4cc : "stco"_4cc);
+    ASSERT_NE(shifted, nullptr);
+    for (std::size_t i = 0; i < 3; ++i) {
+      EXPECT_EQ(NumberAt(shifted->payload(), 8 + i * static_cast<std::size_t>(width), width),
+                offsets[i] + c.distance);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace quillmere::test
