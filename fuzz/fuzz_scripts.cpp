@@ -36,7 +36,7 @@ void BuildAndCoerce(std::string_view format) {
 void RunScript(std::string_view source) {
   quillmere::scripts::SetScriptLimits(
       {.instructions = 20'000, .memory = 2 << 20, .processor_seconds = 1});
-  const ComponentInstance component = OpenDefaultComponent(kOSAComponentType, kAppleScriptSubtype);
+  auto* const component = OpenDefaultComponent(kOSAComponentType, kAppleScriptSubtype);
   OwnedDescriptor data;
   OwnedDescriptor event;
   OSAID script = 0;

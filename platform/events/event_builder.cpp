@@ -365,7 +365,7 @@ class EllipsisArguments final : public BuildArguments {
   }
 
   OSErr TakeHandle(OSType type, AEDesc* descriptor) override {
-    Handle const handle = va_arg(arguments_, Handle);
+    auto* const handle = va_arg(arguments_, Handle);
     if (handle == nullptr) return static_cast<OSErr>(nilHandleErr);
     return AECreateDesc(type, *handle, GetHandleSize(handle), descriptor);
   }

@@ -70,7 +70,7 @@ SInt32 AE_LoadCompiledScript(CFStringRef name, OSAID* outScriptID,
   SInt32 status = FindScript(name, &file);
   if (status == noErr) status = quillmere::scripts::ReadScriptFile(file, script_data.get());
   if (status != noErr) return status;
-  const ComponentInstance component = OpenComponent();
+  auto* const component = OpenComponent();
   if (component == nullptr) return QT_NoComponentFoundErr;
   status = OSALoad(component, script_data.get(), kOSAModeNull, outScriptID);
   if (status != noErr) {
@@ -90,7 +90,7 @@ void AE_UnloadCompiledScript(OSAID scriptID, ComponentInstance component) {
 SInt32 AE_ExecuteScriptFile(const FSRef* file, AEDesc* outResult, AEDesc* outError,
                             AEDesc* outErrorNumber) {
   ClearOutputs(outResult, outError, outErrorNumber);
-  const ComponentInstance component = OpenComponent();
+  auto* const component = OpenComponent();
   if (component == nullptr) return QT_NoComponentFoundErr;
   const AtExit close([component] { CloseComponent(component); });
   OSAID context = kOSANullScript;
