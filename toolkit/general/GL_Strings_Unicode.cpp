@@ -66,10 +66,8 @@ CFStringRef CreateWithUnicodeText(AEDesc* text) {
   Descriptor unicode;
   if (AECoerceDesc(text, typeUTF16Text, unicode.get())) return nullptr;
   const std::string bytes = unicode.Bytes();
-  std::u16string units(bytes.size() / sizeof(UniChar), u'\0');
-  std::copy_n(bytes.data(), units.size() * sizeof(UniChar), reinterpret_cast<char*>(units.data()));
-  return CFStringCreateWithCharacters(kCFAllocatorDefault, units.data(),
-                                      static_cast<CFIndex>(units.size()));
+  return CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
+                                 static_cast<CFIndex>(bytes.size()), kTextEncodingUTF16BE, 0);
 }
 
 /// Room for `count` units; null when there is no memory.
