@@ -141,11 +141,17 @@ class NewFile {
 };
 
 /// Where a path leads: the end of its links, which need not exist.
-fs::path EndOfLinks(const fs::path& path) {
-  std::error_code error;
-  if (!fs::is_symlink(path, error)) return path;
-  const fs::path end = fs::weakly_canonical(path, error);
-  return error ? path : end;
+OSStatus EndOfLinks(const fs::path& path, fs::path* end) {
+  constexpr int kMostLinks = 40;
+  *end = path;
+  for (int i = 0; i < kMostLinks; ++i) {
+    std::error_code error;
+    if (!fs::is_symlink(*end, error)) return noErr;
+    const fs::path next = fs::read_symlink(*end, error);
+    if (error) return files::StatusOfErrno(error.value());
+    *end = end->parent_path() / next;  // an absolute link stands alone
+  }
+  return files::StatusOfErrno(ELOOP);
 }
 
 }  // namespace
@@ -170,7 +176,9 @@ OSStatus ReadWholeFile(const fs::path& path, std::size_t limit, std::vector<UInt
 }
 
 OSStatus ReplaceWholeFile(const fs::path& path, std::span<const UInt8> bytes, bool is_private) {
-  const fs::path target = EndOfLinks(path);
+  fs::path target;
+  const OSStatus status = EndOfLinks(path, &target);
+  if (status) return status;
   struct stat information {};
   const bool replaces = stat(target.c_str(), &information) == 0;
   if (replaces && !S_ISREG(information.st_mode)) return paramErr;
