@@ -60,7 +60,8 @@ CFGregorianDate CFAbsoluteTimeGetGregorianDate(CFAbsoluteTime time, CFTimeZoneRe
 }
 
 CFAbsoluteTime CFGregorianDateGetAbsoluteTime(CFGregorianDate date) {
-  const chrono::sys_days month = chrono::year{date.year} / static_cast<unsigned>(date.month) / 1;
+  const chrono::month in_year{static_cast<unsigned>(date.month)};
+  const chrono::sys_days month = chrono::year{date.year} / in_year / 1;
   const SInt64 days = (month - kEpoch).count() + date.day - 1;
   const SInt64 minutes = (days * 24 + date.hour) * 60 + date.minute;
   return static_cast<double>(minutes) * 60 + date.second;

@@ -109,18 +109,16 @@ SInt32 SetCurrentThread(PerThreadGlobalDbgData* thread) {
 }
 
 SInt32 Checked(OSType tag, SInt32 status, const char* condition, const char* label,
-               const char* message, const std::source_location& place) {
+               const char* message, const Place& place) {
   if (status != noErr && DBG_ShouldPrint(tag) != 0) {
-    DBG_SampleDebugAssert2(kClient, condition, label, message, place.file_name(),
-                           static_cast<SInt32>(place.line()), status);
+    DBG_SampleDebugAssert2(kClient, condition, label, message, place.file, place.line, status);
   }
   return status;
 }
 
-Trace::Trace(OSType tag, const char* function, const std::source_location& place) {
+Trace::Trace(OSType tag, const char* function, const Place& place) {
   if (DBG_ShouldPrint(tag) != 0) {
-    DBG_SampleDebugAssert2(kClient, "", nullptr, function, place.file_name(),
-                           static_cast<SInt32>(place.line()), 0);
+    DBG_SampleDebugAssert2(kClient, "", nullptr, function, place.file, place.line, 0);
   }
   indented_ = DBG_Indent(tag) != 0;
 }

@@ -23,7 +23,6 @@
 /// (`quit`, 0, 0): use your data no more, put a message into `replyQueue` and end.
 #pragma once
 
-#include <source_location>
 #include <string>
 
 #include "absolute_time.h"
@@ -283,17 +282,24 @@ SInt32 DBG_CreateFile(const FSRef* folder, const HFSUniStr255* name, FSRef* file
 
 namespace quillmere::debug {
 
+/// A place in the source: that of the call whose default argument it is.
+struct Place {
+  const char* file;
+  SInt32 line;
+  static constexpr Place Here(const char* file = __builtin_FILE(), SInt32 line = __builtin_LINE()) {
+    return {file, line};
+  }
+};
+
 /// If `status` is not 0 and the calling thread prints messages of `tag`, writes that the condition
 /// did not hold. Gives the status back.
 SInt32 Checked(OSType tag, SInt32 status, const char* condition, const char* label,
-               const char* message,
-               const std::source_location& place = std::source_location::current());
+               const char* message, const Place& place = Place::Here());
 
 /// Writes a function's name and goes one call deeper, until the end of the scope.
 class Trace {
  public:
-  Trace(OSType tag, const char* function,
-        const std::source_location& place = std::source_location::current());
+  Trace(OSType tag, const char* function, const Place& place = Place::Here());
   ~Trace() {
     if (indented_) DBG_Outdent();
   }

@@ -1,7 +1,6 @@
 #include "MF_FileObjects.h"
 
 #include <cstring>
-#include <source_location>
 
 #include "ORW_Debug.h"
 #include "catalogue.h"
@@ -12,13 +11,13 @@ namespace {
 class Trace : quillmere::debug::Trace {
  public:
   explicit Trace(const char* function,
-                 const std::source_location& place = std::source_location::current())
+                 const quillmere::debug::Place& place = quillmere::debug::Place::Here())
       : quillmere::debug::Trace(kDBG_FileObjectsTag, function, place) {}
 };
 
 /// Reports a call that failed; gives its status back.
 SInt32 Checked(SInt32 result, const char* message,
-               const std::source_location& place = std::source_location::current()) {
+               const quillmere::debug::Place& place = quillmere::debug::Place::Here()) {
   return quillmere::debug::Checked(kDBG_FileObjectsTag, result, "result == 0 ", "END", message,
                                    place);
 }
