@@ -1,7 +1,6 @@
-// Peaks of histograms and minima of sampled curves, of GL_Math_Curves.h.
+// Peaks of histograms, of GL_Math_Curves.h.
 
 #include <algorithm>
-#include <limits>
 
 #include "GL_Math_Curves.h"
 #include "fixed_point.h"
