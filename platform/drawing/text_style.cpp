@@ -27,15 +27,15 @@ TextStyle& CurrentStyle() {
 }
 
 struct FontFamily {
-  SInt16 number;
   const char* name;
   QFont::StyleHint hint;
+  SInt16 number;
 };
-constexpr FontFamily kFamilies[] = {{kFontIDGeneva, "Geneva", QFont::SansSerif},
-                                    {kFontIDMonaco, "Monaco", QFont::Monospace},
-                                    {kFontIDTimes, "Times", QFont::Serif},
-                                    {kFontIDHelvetica, "Helvetica", QFont::SansSerif},
-                                    {kFontIDCourier, "Courier", QFont::Monospace}};
+constexpr FontFamily kFamilies[] = {{"Geneva", QFont::SansSerif, kFontIDGeneva},
+                                    {"Monaco", QFont::Monospace, kFontIDMonaco},
+                                    {"Times", QFont::Serif, kFontIDTimes},
+                                    {"Helvetica", QFont::SansSerif, kFontIDHelvetica},
+                                    {"Courier", QFont::Monospace, kFontIDCourier}};
 
 QFont FontOf(const TextStyle& style) {
   constexpr int kStandardSize = 12;

@@ -61,9 +61,8 @@ std::vector<UInt64> DueAt(const EventLoop& loop, Clock::time_point now) {
   }
   std::stable_sort(due.begin(), due.end(),
                    [](const auto* a, const auto* b) { return a->due < b->due; });
-  std::vector<UInt64> serials;
-  for (const EventLoopTimer* timer : due)
-    serials.push_back(timer->serial);
+  std::vector<UInt64> serials(due.size());
+  std::ranges::transform(due, serials.begin(), &EventLoopTimer::serial);
   return serials;
 }
 

@@ -80,8 +80,11 @@ struct CFAttributedString final : CFObject {
     Split(end);
     std::map<CFIndex, Owned<CFDictionaryRef>> changed;
     for (auto& [start, run] : runs) {
-      if (start < range.location) changed.emplace(start, std::move(run));
-      if (start >= end) changed.emplace(start - range.length + added, std::move(run));
+      if (start < range.location) {
+        changed.emplace(start, std::move(run));
+      } else if (start >= end) {
+        changed.emplace(start - range.length + added, std::move(run));
+      }
     }
     if (added > 0) changed.emplace(range.location, std::move(attributes));
     runs = std::move(changed);

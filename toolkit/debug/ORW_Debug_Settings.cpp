@@ -1,4 +1,5 @@
-#include <cstring>
+#include <algorithm>
+#include <string_view>
 
 #include "ORW_Debug.h"
 #include "reference_counted.h"
@@ -114,9 +115,10 @@ void DBG_GetSettFromDict(CFDictionaryRef dictionary, DbgPrintSett* settings) {
 
 void DBG_PrefsGetDebugMessagesDestinationString(const DbgPrintSett* settings, char* out) {
   if (settings == nullptr || out == nullptr) return;
-  std::strcpy(out, settings->writeToFile != 0      ? "Destination: file\n"
-                   : settings->sendToTextEdit != 0 ? "Destination: TextEdit\n"
-                                                   : "Destination: Console\n");
+  const std::string_view text = settings->writeToFile != 0      ? "Destination: file\n"
+                                : settings->sendToTextEdit != 0 ? "Destination: TextEdit\n"
+                                                                : "Destination: Console\n";
+  *std::copy(text.begin(), text.end(), out) = '\0';
 }
 
 const char* DBG_GetSubComponentName(OSType tag) {

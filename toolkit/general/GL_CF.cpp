@@ -45,7 +45,7 @@ CFMutableAttributedStringRef CF_AttrStrCreateMut() {
 }
 
 CFMutableAttributedStringRef CF_AttrStrCreateMutWithStr(CFStringRef string) {
-  const CFMutableAttributedStringRef made = CF_AttrStrCreateMut();
+  CFMutableAttributedStringRef made = CF_AttrStrCreateMut();
   CFAttributedStringReplaceString(made, {0, 0}, string);
   return made;
 }
@@ -56,7 +56,7 @@ CFDictionaryRef CF_DictCreate(const CFStringRef* keys, const CFTypeRef* values, 
 
 CFMutableDictionaryRef CF_DictCreateMutWithValues(const CFStringRef* keys, const CFTypeRef* values,
                                                   CFIndex count) {
-  const CFMutableDictionaryRef dictionary = CF_DictCreateMut();
+  CFMutableDictionaryRef dictionary = CF_DictCreateMut();
   if (!keys || !values) return dictionary;
   for (CFIndex i = 0; i < count; ++i)
     CFDictionarySetValue(dictionary, keys[i], values[i]);

@@ -16,7 +16,7 @@ void Append(CFMutableArrayRef array, Ref made) {
 
 template <class T>
 CFArrayRef CreateNumbers(CFNumberType type, std::span<const T> values) {
-  const CFMutableArrayRef array = CF_ArrayCreateMut();
+  CFMutableArrayRef array = CF_ArrayCreateMut();
   for (const T& value : values)
     Append(array, CFNumberCreate(kCFAllocatorDefault, type, &value));
   return array;
@@ -116,7 +116,7 @@ void CF_GetSInt32ValuesFromArray(CFArrayRef array, SInt32* values, CFIndex* coun
 }
 
 CFArrayRef CF_CreateBooleanArray(const Boolean* values, CFIndex count) {
-  const CFMutableArrayRef array = CF_ArrayCreateMut();
+  CFMutableArrayRef array = CF_ArrayCreateMut();
   for (const Boolean value : ValuesOf(values, count))
     CFArrayAppendValue(array, value ? kCFBooleanTrue : kCFBooleanFalse);
   return array;
@@ -130,7 +130,7 @@ void CF_GetBooleanValuesFromArray(CFArrayRef array, Boolean* values, CFIndex* co
 }
 
 CFArrayRef CF_CreateOSTypeArray(const OSType* codes, CFIndex count) {
-  const CFMutableArrayRef array = CF_ArrayCreateMut();
+  CFMutableArrayRef array = CF_ArrayCreateMut();
   for (const OSType code : ValuesOf(codes, count))
     Append(array, quillmere::cf::CreateStringOfOSType(code));
   return array;

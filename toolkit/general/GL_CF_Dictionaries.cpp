@@ -141,7 +141,7 @@ void CF_GetPointFromDict(CFDictionaryRef dictionary, CFStringRef key, Point* poi
 
 CFDictionaryRef CF_CreateRGBDict(const RGBColor* color) {
   if (!color) return nullptr;
-  const CFMutableDictionaryRef rgb = CF_DictCreateMut();
+  CFMutableDictionaryRef rgb = CF_DictCreateMut();
   Add(rgb, CFSTR("Red"), CF_CreateUInt16Ref(color->red));
   Add(rgb, CFSTR("Green"), CF_CreateUInt16Ref(color->green));
   Add(rgb, CFSTR("Blue"), CF_CreateUInt16Ref(color->blue));

@@ -18,7 +18,7 @@ constexpr OSType kFrameworksFolder = "fram"_4cc;
 
 /// A copy, which may be changed, of a dictionary; an empty one for anything else.
 CFMutableDictionaryRef CopyOrCreateDictionary(CFTypeRef object) {
-  const CFMutableDictionaryRef copy = CF_DictCreateMutCopy(quillmere::AsDictionary(object));
+  CFMutableDictionaryRef copy = CF_DictCreateMutCopy(quillmere::AsDictionary(object));
   return copy ? copy : CF_DictCreateMut();
 }
 

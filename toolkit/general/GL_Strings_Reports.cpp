@@ -1,7 +1,8 @@
 #include "GL_Strings_Reports.h"
 
-#include <cstring>
+#include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "GL_Strings.h"
 #include "GL_Strings_Numbers.h"
@@ -25,9 +26,9 @@ void AddField(char* buffer, SInt32* offset, const char* label, const std::string
 
 void GL_AddCStringToTextPtr(char* buffer, SInt32* offset, const char* string) {
   if (buffer == nullptr || offset == nullptr || string == nullptr) return;
-  const std::size_t length = std::strlen(string);
-  std::memcpy(buffer + *offset, string, length);
-  *offset += static_cast<SInt32>(length);
+  const std::string_view text = string;
+  std::copy(text.begin(), text.end(), buffer + *offset);
+  *offset += static_cast<SInt32>(text.size());
 }
 
 void GL_AddCFStringToTextPtr(char* buffer, SInt32* offset, CFStringRef string) {
