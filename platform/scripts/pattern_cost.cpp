@@ -18,7 +18,8 @@ std::size_t BehindSet(std::string_view pattern, std::size_t at) {
 }  // namespace
 
 double SearchCost(std::string_view searched, std::size_t length) {
-  return (static_cast<double>(length) + 1) * (1 + static_cast<double>(searched.size() / 32));
+  const std::size_t blocks = 1 + searched.size() / 32;
+  return (static_cast<double>(length) + 1) * static_cast<double>(blocks);
 }
 
 double PatternCost(std::string_view pattern, std::size_t length, bool can_anchor) {
