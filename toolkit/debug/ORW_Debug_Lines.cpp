@@ -87,7 +87,7 @@ std::string_view CutText(std::string_view text, std::size_t limit) {
 
 void CopyText(std::string_view text, char* out, std::size_t room) {
   const std::string_view cut = CutText(text, room - 1);
-  std::memcpy(out, cut.data(), cut.size());
+  std::copy(cut.begin(), cut.end(), out);
   out[cut.size()] = '\0';
 }
 

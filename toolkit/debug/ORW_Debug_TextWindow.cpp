@@ -32,7 +32,7 @@ void EmptyCache(DbgData* data) {
 
 void AppendToCache(DbgData* data, std::string_view text) {
   const auto length = static_cast<std::size_t>(data->cacheLength);
-  std::memcpy(data->cache + length, text.data(), text.size());
+  std::copy(text.begin(), text.end(), data->cache + length);
   data->cache[length + text.size()] = '\0';
   data->cacheLength = static_cast<SInt32>(length + text.size());
 }
