@@ -25,7 +25,7 @@ inline constexpr OSType typeEventBoolean = "bool"_4cc;
 inline constexpr OSType typeEventLong = "long"_4cc;
 
 /// Makes an event with one reference, which the caller gives up with ReleaseEvent. `allocator` is
-/// null; `when` in seconds since start, 0 for now; `attributes` 0.
+/// null; `when` in seconds since start, 0 meaning the present; `attributes` 0.
 OSStatus CreateEvent(const void* allocator, OSType event_class, UInt32 kind, EventTime when,
                      UInt32 attributes, EventRef* event);
 /// Adds a reference and gives the event back.

@@ -1,6 +1,5 @@
 #include "cf_bundle.h"
 
-#include <fstream>
 #include <map>
 #include <mutex>
 #include <string>
@@ -8,6 +7,7 @@
 #include <vector>
 
 #include "strings_table.h"
+#include "whole_files.h"
 
 struct CFBundle final : CFObject {
   mutable std::mutex mutex;
@@ -50,13 +50,8 @@ std::vector<fs::path> ResourceFolders(const CFBundle& bundle) {
 }
 
 quillmere::StringsTable ReadTable(const fs::path& path) {
-  std::error_code error;
-  const std::uintmax_t size = fs::file_size(path, error);  // fails for what is no regular file
-  if (error || size > kLargestTable) return {};
-  std::vector<UInt8> bytes(size);
-  std::ifstream file(path, std::ios::binary);
-  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
-  if (!file) return {};
+  std::vector<UInt8> bytes;
+  if (quillmere::ReadWholeFile(path, kLargestTable, &bytes) != noErr) return {};
   return quillmere::ParseStringsTable(bytes);
 }
 

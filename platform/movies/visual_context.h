@@ -9,7 +9,7 @@
 #include "movie_toolbox.h"
 #include "pixel_buffers.h"
 
-/// A point in time for which an image is asked; null stands for now.
+/// A point in time for which an image is asked; null stands for the present.
 struct CVTimeStamp {
   SInt64 time;
   SInt32 time_scale;

@@ -2,18 +2,17 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "lua_sandbox_private.h"
 #include "script_values_private.h"
 #include "text_coercions.h"
+#include "whole_files.h"
 
 namespace quillmere::scripts {
 namespace {
@@ -108,14 +107,10 @@ OSAError ReadSource(const FSRef& file, Size largest, std::string* source, std::s
   std::filesystem::path path;
   const OSStatus status = files::PathOf(file, &path);
   if (status != noErr) return status;
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);  // none for special files
-  if (error) return files::StatusOfErrno(error.value());
-  if (size > static_cast<std::uintmax_t>(largest)) return memFullErr;
-  source->resize(size);
-  std::ifstream stream(path, std::ios::binary);
-  stream.read(source->data(), static_cast<std::streamsize>(size));
-  if (!stream) return ioErr;
+  std::vector<UInt8> bytes;
+  const OSStatus read = ReadWholeFile(path, static_cast<std::size_t>(largest), &bytes);
+  if (read != noErr) return read;
+  source->assign(bytes.begin(), bytes.end());
   *name = path.filename().native();
   return noErr;
 }

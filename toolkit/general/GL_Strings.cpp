@@ -11,26 +11,20 @@
 #include "GL_Errors.h"
 #include "GL_Memory.h"
 #include "GL_deprecated.h"
+#include "classic_strings_private.h"
 
 namespace {
 
-std::string_view View(const char* string) {
-  return string ? std::string_view(string) : std::string_view();
-}
+using quillmere::StoreText;
+using quillmere::ViewOf;
 
 SInt64 Length(const char* string) {
-  return static_cast<SInt64>(View(string).size());
-}
-
-/// Stores a text that the caller has found to fit.
-void Store(std::string_view text, char* string) {
-  if (!text.empty()) std::memmove(string, text.data(), text.size());
-  string[text.size()] = 0;
+  return static_cast<SInt64>(ViewOf(string).size());
 }
 
 /// Stores a text if it stays within the limit of a classic string.
 void StoreWithin255(const std::string& text, char* string) {
-  if (std::ssize(text) <= kLongestCString) Store(text, string);
+  if (std::ssize(text) <= kLongestCString) StoreText(text, string);
 }
 
 void Append(char* string, const std::string& text) {
@@ -47,7 +41,7 @@ SInt32 ClampTo32(long long value) {
 }
 
 bool IsEach(const char* string, Boolean (*test)(char)) {
-  return std::ranges::all_of(View(string), [test](char c) { return test(c) != 0; });
+  return std::ranges::all_of(ViewOf(string), [test](char c) { return test(c) != 0; });
 }
 
 Boolean IsHexDigit(char c) {
@@ -76,16 +70,16 @@ SInt32 FindNameIndex(std::string_view name, std::size_t* start) {
 }  // namespace
 
 void GL_CopyStringMP(const char* source, char* destination) {
-  if (destination != nullptr) Store(View(source), destination);
+  if (destination != nullptr) StoreText(ViewOf(source), destination);
 }
 
 Boolean GL_EqualCStr(const char* a, const char* b) {
-  return View(a) == View(b);
+  return ViewOf(a) == ViewOf(b);
 }
 
 Boolean GL_EqualCStringMP(const char* a, const char* b, SInt16 last_index) {
   const auto count = static_cast<std::size_t>(std::max(last_index + 1, 0));
-  return View(a).substr(0, count) == View(b).substr(0, count);
+  return ViewOf(a).substr(0, count) == ViewOf(b).substr(0, count);
 }
 
 void GL_RemoveStringEnd(char* string, SInt16 count) {
@@ -94,9 +88,9 @@ void GL_RemoveStringEnd(char* string, SInt16 count) {
 
 void GL_GetStringEnd(const char* string, SInt16 count, char* out) {
   if (out == nullptr) return;
-  const std::string_view text = View(string);
+  const std::string_view text = ViewOf(string);
   const auto kept = std::min(static_cast<std::size_t>(std::max<SInt16>(count, 0)), text.size());
-  Store(text.substr(text.size() - kept), out);
+  StoreText(text.substr(text.size() - kept), out);
 }
 
 void GL_RemoveCharacterFromString(char* string, SInt16 position) {
@@ -117,18 +111,18 @@ void GL_AppendCharacter31(char* string, char character) {
 
 void GL_SafeAppendString(char* string, const char* text, SInt16 limit) {
   if (string == nullptr || limit > kLongestCString) return;
-  const std::string_view appended = View(text);
+  const std::string_view appended = ViewOf(text);
   const SInt64 kept = limit - std::ssize(appended);
   if (kept < 0) return;
   const SInt64 at = std::min(kept, Length(string));
-  Store(appended, string + at);
+  StoreText(appended, string + at);
 }
 
 void GL_PrependString(char* string, const char* text) {
   if (string == nullptr) return;
   const SInt64 room = kLongestCString - Length(string);
   if (room <= 0) return;
-  Store(std::string(View(text).substr(0, static_cast<std::size_t>(room))) + string, string);
+  StoreText(std::string(ViewOf(text).substr(0, static_cast<std::size_t>(room))) + string, string);
 }
 
 void GL_AppendPeriodNumber(char* string, SInt32 number) {
@@ -150,7 +144,7 @@ void GL_SafeAppendSpaceNumberTruncEnd(char* string, SInt32 number, SInt16 limit)
 }
 
 void GL_AddPostfix(char* string, const char* postfix, SInt16 limit, SInt16 mode) {
-  const std::string_view appended = View(postfix);
+  const std::string_view appended = ViewOf(postfix);
   if (string == nullptr || std::ssize(appended) > limit - 3 || limit > kLongestCString) return;
   const SInt64 room = limit - std::ssize(appended);
   if (Length(string) > room) {
@@ -163,7 +157,7 @@ void GL_AddPostfix(char* string, const char* postfix, SInt16 limit, SInt16 mode)
       GL_TruncStringMiddle(string, 3, static_cast<SInt16>(Length(string) - room));
     }
   }
-  Store(appended, string + Length(string));
+  StoreText(appended, string + Length(string));
 }
 
 void GL_TruncStringMiddle(char* string, SInt16 shortest_length, SInt16 count) {
@@ -194,10 +188,10 @@ void GL_TruncStringMiddleByOneChar(char* string, char ellipsis) {
 
 SInt32 GL_GetNameEndIndex(const char* string, char* text, SInt32* number) {
   std::size_t start = 0;
-  const SInt32 status = FindNameIndex(View(string), &start);
-  const std::string index(View(string).substr(start));
+  const SInt32 status = FindNameIndex(ViewOf(string), &start);
+  const std::string index(ViewOf(string).substr(start));
   const bool has_index = !status && Length(string) >= 2;
-  if (text != nullptr) Store(has_index ? std::string_view(index) : std::string_view(), text);
+  if (text != nullptr) StoreText(has_index ? std::string_view(index) : std::string_view(), text);
   if (number != nullptr) {
     *number = has_index ? ClampTo32(std::strtoll(index.c_str(), nullptr, 10)) : 0;
   }
@@ -206,7 +200,7 @@ SInt32 GL_GetNameEndIndex(const char* string, char* text, SInt32* number) {
 
 SInt32 GL_RemoveNameEndIndex(char* string) {
   std::size_t start = 0;
-  const SInt32 status = FindNameIndex(View(string), &start);
+  const SInt32 status = FindNameIndex(ViewOf(string), &start);
   if (!status && Length(string) >= 2) string[start - 1] = 0;
   return status;
 }
@@ -221,20 +215,20 @@ SInt32 GL_ChangeNameEndIndex(char* string, SInt32 delta) {
   const std::string changed =
       std::string(string, start) + std::to_string(SInt64{number} + SInt64{delta});
   if (std::ssize(changed) > kLongestNameCString) return GL_StringWouldGrowTooLongErr;
-  Store(changed, string);
+  StoreText(changed, string);
   return noErr;
 }
 
 void GL_GetNameEndString(const char* string, char* out) {
   if (out == nullptr) return;
-  const std::string_view name = View(string);
+  const std::string_view name = ViewOf(string);
   const std::size_t space = name.rfind(' ');
   const bool has_end = space != name.npos && space >= 1;
-  Store(has_end ? name.substr(space, 15) : std::string_view(), out);
+  StoreText(has_end ? name.substr(space, 15) : std::string_view(), out);
 }
 
 Boolean GL_IsStringEmpty(const char* string) {
-  return View(string).empty();
+  return ViewOf(string).empty();
 }
 
 Boolean GL_IsInvisibleAsciiCharacter(char character) {
@@ -303,18 +297,18 @@ char* GL_TextToCStr(const void* text, SInt32 count) {
     return nullptr;
   }
   auto* const string = static_cast<char*>(block);
-  Store({static_cast<const char*>(text), static_cast<std::size_t>(count)}, string);
+  StoreText({static_cast<const char*>(text), static_cast<std::size_t>(count)}, string);
   return string;
 }
 
 void GL_TextToCStr255(const void* text, SInt32 count, char* out) {
   if (out == nullptr) return;
   const SInt32 kept = text ? std::clamp(count, 0, kLongestCString) : 0;
-  Store({static_cast<const char*>(text), static_cast<std::size_t>(kept)}, out);
+  StoreText({static_cast<const char*>(text), static_cast<std::size_t>(kept)}, out);
 }
 
 OSType GL_CStrToOSType(const char* string) {
-  const std::string_view text = View(string).substr(0, 4);
+  const std::string_view text = ViewOf(string).substr(0, 4);
   OSType code = 0;
   for (std::size_t i = 0; i < 4; ++i) {
     code = (code << 8) | (i < text.size() ? static_cast<UInt8>(text[i]) : 0U);
@@ -336,7 +330,7 @@ void GL_OSTypeToCStringWithQuo(OSType code, char* out) {
   GL_OSTypeToCString(code, text);
   const std::string_view all(text, 4);
   const auto* const end = std::ranges::find_if(all, [](char c) { return c < ' ' || c > '~'; });
-  Store("'" + std::string(all.begin(), end) + "'", out);
+  StoreText("'" + std::string(all.begin(), end) + "'", out);
 }
 
 void GL_SPrintOSTypeWithName(char* out, OSType code, const char* name) {
@@ -344,7 +338,7 @@ void GL_SPrintOSTypeWithName(char* out, OSType code, const char* name) {
   char quoted[7];
   GL_OSTypeToCStringWithQuo(code, quoted);
   const std::string end = std::string(": ") + quoted;
-  Store(std::string(View(name).substr(0, kLongestCString - end.size())) + end, out);
+  StoreText(std::string(ViewOf(name).substr(0, kLongestCString - end.size())) + end, out);
 }
 
 void GL_PrintOSTypeWithName(OSType code, const char* name) {

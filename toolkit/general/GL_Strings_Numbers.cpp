@@ -13,23 +13,20 @@
 #include "GL_Math.h"
 #include "GL_Memory.h"
 #include "GL_Strings.h"
+#include "classic_strings_private.h"
 
 namespace {
+
+using quillmere::ViewOf;
 
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 constexpr int kWideDigits = 20;
 using DigitArray = std::array<SInt8, kWideDigits>;
 
-std::string_view View(const char* string) {
-  return string ? std::string_view(string) : std::string_view();
-}
-
 /// Stores a text, cut to the limit of a classic string.
 void Store(std::string_view text, char* out) {
   if (out == nullptr) return;
-  text = text.substr(0, kLongestCString);
-  if (!text.empty()) std::memmove(out, text.data(), text.size());
-  out[text.size()] = 0;
+  quillmere::StoreText(text.substr(0, kLongestCString), out);
 }
 
 /// "%.*f", whatever the locale.
@@ -167,7 +164,7 @@ void GL_NumToHex(UInt32 value, char* out) {
 }
 
 UInt32 GL_HexToNum(const char* string) {
-  const std::string_view text = View(string);
+  const std::string_view text = ViewOf(string);
   UInt32 value = 0;
   for (std::size_t i = 2; i < text.size(); ++i) {
     const std::size_t digit = kHexDigits.find(text[i]);
@@ -273,7 +270,7 @@ void GL_TrueNumberStringToWide(const UInt8* digits, SInt64* value) {
 void GL_StringToWideNum(const char* string, SInt64* value) {
   if (value == nullptr) return;
   const auto visible = [](char c) { return !GL_IsInvisibleAsciiCharacter(c); };
-  std::string_view text = View(string);
+  std::string_view text = ViewOf(string);
   const auto trim_front = [&] {
     while (!text.empty() && !visible(text.front()))
       text.remove_prefix(1);
@@ -322,7 +319,7 @@ void GL_TimeInSecToTimeCodeStr3(double seconds, char* out) {
 SInt32 GL_TimeCodeStrToSec(const char* text, double* seconds, double frames_per_second) {
   if (seconds == nullptr) return paramErr;
   *seconds = 0;
-  std::string_view rest = View(text);
+  std::string_view rest = ViewOf(text);
   if (std::ranges::count(rest, ':') < 3) return paramErr;
   double parts[4] = {};
   for (double& part : parts) {

@@ -9,20 +9,14 @@
 #include "GL_Strings_Unicode.h"
 #include "GL_deprecated.h"
 #include "LL_Linked_Lists.h"
+#include "classic_strings_private.h"
 #include "text_style.h"
 #include "window_manager.h"
 
 namespace {
 
-std::string_view View(const char* string) {
-  return string ? std::string_view(string) : std::string_view();
-}
-
-/// Stores a text that the caller has found to fit.
-void Store(std::string_view text, char* out) {
-  if (!text.empty()) std::memmove(out, text.data(), text.size());
-  out[text.size()] = 0;
-}
+using quillmere::StoreText;
+using quillmere::ViewOf;
 
 /// Gives the port's style back at the end of a scope.
 class StyleKeeper {
@@ -86,7 +80,7 @@ SInt32 ShrinkToFit(const std::string& line, SInt64 width, GL_TextStyle* style) {
 SInt32 GL_InsertWord(char* string, const char* word, SInt16 index) {
   if (string == nullptr) return paramErr;
   const std::string text = string;
-  const std::string_view inserted = View(word);
+  const std::string_view inserted = ViewOf(word);
   if (text.size() + inserted.size() + 1 > kLongestCString) return GL_StringWouldGrowTooLongErr;
   if (std::ssize(inserted) > kLongestInsertedWord) return GL_StringLimitErr;
   std::string result = text;
@@ -96,15 +90,15 @@ SInt32 GL_InsertWord(char* string, const char* word, SInt16 index) {
     result.insert(std::min(static_cast<std::size_t>(index), text.size()),
                   " " + std::string(inserted));
   }
-  Store(result, string);
+  StoreText(result, string);
   return noErr;
 }
 
 SInt32 GL_FindWord(const char* string, const char* word, SInt16* position) {
   if (position == nullptr) return paramErr;
   *position = 0;
-  const std::string_view text = View(string);
-  const std::string_view wanted = View(word);
+  const std::string_view text = ViewOf(string);
+  const std::string_view wanted = ViewOf(word);
   if (wanted.empty()) return noErr;
   if (std::ssize(wanted) > kLongestFoundWord) return GL_StringLimitErr;
   if (wanted.size() > text.size()) return GL_WordLongerThanStringErr;
@@ -124,7 +118,7 @@ SInt32 GL_InsertWordBehind(char* string, const char* word, const char* insertion
   SInt16 position = 0;
   const SInt32 status = GL_FindWord(string, word, &position);
   if (status) return status;
-  const SInt64 index = position + std::ssize(View(word));
+  const SInt64 index = position + std::ssize(ViewOf(word));
   return GL_InsertWord(string, insertion, static_cast<SInt16>(std::min<SInt64>(index, 0x7FFF)));
 }
 
@@ -138,8 +132,8 @@ SInt32 GL_WordInsertions(char* string, const GL_WordSub* list) {
 
 SInt32 GL_AddWordSubToList(GL_WordSub** list, const char* word, const char* substitute) {
   if (list == nullptr) return paramErr;
-  const std::string_view found = View(word);
-  const std::string_view put = View(substitute);
+  const std::string_view found = ViewOf(word);
+  const std::string_view put = ViewOf(substitute);
   if (std::ssize(found) > kLongestFoundWord || std::ssize(put) > kLongestFoundWord) {
     return GL_StringLimitErr;
   }
@@ -148,24 +142,24 @@ SInt32 GL_AddWordSubToList(GL_WordSub** list, const char* word, const char* subs
       LL_AddNewPtr(sizeof(GL_WordSub), nullptr, quillmere::ListHead(list), &added);
   if (status) return status;
   auto* const record = static_cast<GL_WordSub*>(added);
-  Store(found, record->word);
-  Store(put, record->substitute);
+  StoreText(found, record->word);
+  StoreText(put, record->substitute);
   return noErr;
 }
 
 SInt32 GL_AddStringToList(GL_StringElement** list, const char* string) {
   if (list == nullptr) return paramErr;
-  if (std::ssize(View(string)) > kLongestCString) return GL_StringLimitErr;
+  if (std::ssize(ViewOf(string)) > kLongestCString) return GL_StringLimitErr;
   void* added = nullptr;
   const SInt32 status =
       LL_AddNewPtr(sizeof(GL_StringElement), nullptr, quillmere::ListHead(list), &added);
   if (status) return status;
-  Store(View(string), static_cast<GL_StringElement*>(added)->text);
+  StoreText(ViewOf(string), static_cast<GL_StringElement*>(added)->text);
   return noErr;
 }
 
 SInt16 GL_CStringWidth(const char* string) {
-  const std::string_view text = View(string).substr(0, kLongestCString);
+  const std::string_view text = ViewOf(string).substr(0, kLongestCString);
   UInt8 pascal_string[kLongestCString + 1];
   pascal_string[0] = static_cast<UInt8>(text.size());
   std::copy(text.begin(), text.end(), pascal_string + 1);
@@ -179,7 +173,7 @@ SInt16 GL_GetStringWidth(const char* string, SInt16 font, SInt16 size, UInt8 fac
 }
 
 SInt16 GL_GetWidestWordInLine(const char* line, char* out) {
-  const std::string_view text = View(line);
+  const std::string_view text = ViewOf(line);
   std::string_view widest;
   SInt16 width = 0;
   std::size_t at = 0;
@@ -190,7 +184,7 @@ SInt16 GL_GetWidestWordInLine(const char* line, char* out) {
       widest = word;
     }
   }
-  if (out != nullptr) Store(widest.substr(0, kLongestCString), out);
+  if (out != nullptr) StoreText(widest.substr(0, kLongestCString), out);
   return width;
 }
 
@@ -212,13 +206,13 @@ void GL_TruncWordsInLine(char* line, SInt16 width_limit, SInt16 font, SInt16 siz
     shortened += text.substr(copied, start - copied) + cut.c_str();
     copied = start + word.size();
   }
-  Store(shortened + text.substr(copied), line);
+  StoreText(shortened + text.substr(copied), line);
 }
 
 SInt32 GL_FitStringsInLineBox(const GL_StringElement* strings, const Rect* box, SInt16 least_spaces,
                               SInt16 alignment, GL_TextStyle* style, char* out) {
   if (box == nullptr || style == nullptr || out == nullptr) return paramErr;
-  Store({}, out);
+  StoreText({}, out);
   if (strings == nullptr) return noErr;
   const SInt64 least = std::max<SInt16>(least_spaces, 0);
   const SInt64 count = LL_PtrListCount(strings);
@@ -246,18 +240,19 @@ SInt32 GL_FitStringsInLineBox(const GL_StringElement* strings, const Rect* box, 
     lead = total % gaps / 2;
   }
   lead = std::clamp<SInt64>(lead, 0, room - gaps * per);
-  Store(Join(strings, lead, per), out);
+  StoreText(Join(strings, lead, per), out);
   return noErr;
 }
 
 void GL_SuggestName(WindowRef window, char* out, const char* suffix) {
   constexpr SInt32 kTitleRoom = 64;
   if (out == nullptr) return;
-  Store({}, out);
+  StoreText({}, out);
   quillmere::Owned<CFStringRef> title;
   if (CopyWindowTitleAsCFString(window, title.out())) return;
   if (GL_CFStrToCStr(title.get(), out, kTitleRoom)) {
-    Store(std::string(out) + std::string(View(suffix).substr(0, kLongestCString - kTitleRoom + 1)),
-          out);
+    StoreText(
+        std::string(out) + std::string(ViewOf(suffix).substr(0, kLongestCString - kTitleRoom + 1)),
+        out);
   }
 }
