@@ -9,6 +9,7 @@
 #include "atom_builder.h"
 #include "file_references.h"
 #include "movie_toolbox.h"
+#include "table_builder.h"
 
 namespace quillmere::test {
 namespace {
@@ -34,42 +35,6 @@ Atom* TablesOf(Atom* movie) {
 OSStatus ReadTables(const Bytes& stbl, OSType media_type, SampleTable* table) {
   const std::unique_ptr<Atom> movie = ParseTables(stbl);
   return SampleTable::Read(*TablesOf(movie.get()), media_type, table);
-}
-
-Bytes Table(std::string_view type, std::initializer_list<UInt32> numbers, std::size_t per_entry) {
-  ByteWriter content;
-  content.U32(numbers.size() / per_entry);
-  for (const UInt32 number : numbers)
-    content.U32(number);
-  return MakeFullAtom(type, 0, 0, content.bytes);
-}
-
-Bytes ConstantSizes(UInt32 size, UInt32 count) {
-  return MakeFullAtom("stsz", 0, 0, ByteWriter().U32(size).U32(count).bytes);
-}
-
-Bytes Descriptions(std::initializer_list<Bytes> entries) {
-  return MakeFullAtom("stsd", 0, 0,
-                      Concatenate({ByteWriter().U32(entries.size()).bytes, Concatenate(entries)}));
-}
-
-struct SoundVersion1 {
-  UInt32 frames_per_packet;
-  UInt32 bytes_per_frame;
-  int compression;
-};
-
-Bytes Sound(std::string_view format, UInt16 channels, UInt16 bits,
-            const SoundVersion1* version1 = nullptr, UInt16 data_reference = 1) {
-  ByteWriter content;
-  content.Zeros(6).U16(data_reference).U16(version1 != nullptr ? 1 : 0).Zeros(6);
-  content.U16(channels).U16(bits);
-  content.U16(static_cast<UInt16>(version1 != nullptr ? version1->compression : 0)).U16(0);
-  content.U32(44100U << 16);
-  if (version1 != nullptr) {
-    content.U32(version1->frames_per_packet).U32(1).U32(version1->bytes_per_frame).U32(2);
-  }
-  return MakeAtom(format, content.bytes);
 }
 
 Bytes SoundVersion2(std::string_view format, UInt32 bytes_per_packet, UInt32 frames_per_packet) {
