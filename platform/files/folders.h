@@ -3,8 +3,7 @@
 
 #include "base_types.h"
 #include "file_references.h"
-
-using FSVolumeRefNum = SInt16;
+#include "volumes.h"
 
 inline constexpr FSVolumeRefNum kUserDomain = -32763;
 
