@@ -77,6 +77,15 @@ class Reliability(unittest.TestCase):
         self.assertEqual(self.run_job().returncode, 0)
         self.assertEqual(len([n for n in self.outputs() if '-clean.' in n]), 20)
 
+    def test_a_job_loads_no_decoders(self):
+        self.make_clip()
+        media.ffmpeg('-f', 'lavfi', '-i', 'testsrc=size=64x48', '-frames:v', '1', self.source / 'still.jpg')
+        done = self.run_job(env={**os.environ, 'LD_DEBUG': 'files'})
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual(self.outputs(), ['clip-clean.mov', 'still-clean.jpg'])
+        self.assertIn('libjpeg', done.stderr)
+        self.assertNotRegex(done.stderr, r'lib(av|sw)[a-z]+\.so')
+
     def test_full_disk(self):
         self.make_clip('a.mov', seconds=1)
         self.make_clip('b.mov', seconds=8)
