@@ -12,10 +12,6 @@ namespace {
 
 using quillmere::Owned;
 
-/// The folder of frameworks in the domain of the system.
-constexpr FSVolumeRefNum kSystemsDomain = -32766;
-constexpr OSType kFrameworksFolder = "fram"_4cc;
-
 /// A copy, which may be changed, of a dictionary; an empty one for anything else.
 CFMutableDictionaryRef CopyOrCreateDictionary(CFTypeRef object) {
   CFMutableDictionaryRef copy = CF_DictCreateMutCopy(quillmere::AsDictionary(object));
@@ -169,7 +165,7 @@ SInt32 CF_LoadSystemFrameworkByName(CFStringRef name, CFBundleRef* bundle) {
   if (!bundle) return paramErr;
   *bundle = nullptr;
   FSRef folder{};
-  SInt32 status = FSFindFolder(kSystemsDomain, kFrameworksFolder, 0, &folder);
+  SInt32 status = FSFindFolder(kSystemDomain, kFrameworksFolderType, 0, &folder);
   if (status) return status;
   const Owned<CFMutableStringRef> file_name(CF_StringCreateMutCopy(name ? name : CFSTR("")));
   CFStringAppend(file_name.get(), CFSTR(".framework"));
