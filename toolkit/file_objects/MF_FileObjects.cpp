@@ -2,25 +2,13 @@
 
 #include <cstring>
 
-#include "ORW_Debug.h"
+#include "MF_trace_private.h"
 #include "catalogue.h"
 
 namespace {
 
-/// Traces a function of this library to its end.
-class Trace : quillmere::debug::Trace {
- public:
-  explicit Trace(const char* function,
-                 const quillmere::debug::Place& place = quillmere::debug::Place::Here())
-      : quillmere::debug::Trace(kDBG_FileObjectsTag, function, place) {}
-};
-
-/// Reports a call that failed; gives its status back.
-SInt32 Checked(SInt32 result, const char* message,
-               const quillmere::debug::Place& place = quillmere::debug::Place::Here()) {
-  return quillmere::debug::Checked(kDBG_FileObjectsTag, result, "result == 0 ", "END", message,
-                                   place);
-}
+using quillmere::file_objects::Checked;
+using quillmere::file_objects::Trace;
 
 constexpr const char kCatalogFailed[] = "FSGetCatalogInfo failed";
 
