@@ -7,6 +7,7 @@
 #include <string>
 
 #include "catalogue.h"
+#include "creation.h"
 #include "finder_information.h"
 
 namespace fs = std::filesystem;

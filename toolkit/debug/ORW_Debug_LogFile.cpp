@@ -3,6 +3,7 @@
 #include "GL_File.h"
 #include "ORW_Debug.h"
 #include "catalogue.h"
+#include "creation.h"
 #include "debug_thread_private.h"
 #include "folders.h"
 

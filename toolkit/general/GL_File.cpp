@@ -6,6 +6,7 @@
 #include "LL_Linked_Lists.h"
 #include "MF_FileObjects.h"
 #include "catalogue.h"
+#include "creation.h"
 #include "forks.h"
 #include "launch_services.h"
 

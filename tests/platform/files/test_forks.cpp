@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "catalogue.h"
+#include "creation.h"
 #include "finder_information.h"
 #include "folders.h"
 #include "forks.h"

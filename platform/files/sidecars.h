@@ -1,0 +1,20 @@
+/// Sidecars: files "._name" in AppleDouble form (RFC 1740) beside "name" that hold what does not
+/// fit into its extended attributes. They belong to their file: no walk shows them, and they are
+/// renamed, moved and deleted with it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base_types.h"
+
+namespace quillmere::files {
+
+/// The name of the sidecar of `name`.
+std::string SidecarName(std::string_view name);
+/// Whether what is called `name` in the open folder `folder` is a sidecar: its name starts with
+/// "._" and its bytes with the AppleDouble number. A user's own file may have such a name too. One
+/// that can't be read counts as a sidecar.
+bool IsSidecar(int folder, const char* name);
+
+}  // namespace quillmere::files
