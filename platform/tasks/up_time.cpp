@@ -18,6 +18,11 @@ AbsoluteTime UpTime() {
       std::chrono::duration_cast<std::chrono::nanoseconds>(since_start).count());
 }
 
+UInt32 TickCount() {
+  // A sixtieth of a second is 50,000,000 / 3 nanoseconds.
+  return static_cast<UInt32>(AbsoluteToNanoseconds(UpTime()) * 3 / 50'000'000);
+}
+
 Nanoseconds AbsoluteToNanoseconds(AbsoluteTime time) {
   return time;
 }

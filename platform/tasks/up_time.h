@@ -18,6 +18,8 @@ inline constexpr Duration kDurationForever = 0x7FFFFFFF;
 
 /// Time since the machine started, sleep left out.
 AbsoluteTime UpTime();
+/// The same in ticks, sixtieths of a second; goes on with 0 after 2^32 - 1.
+UInt32 TickCount();
 
 Nanoseconds AbsoluteToNanoseconds(AbsoluteTime time);
 AbsoluteTime NanosecondsToAbsolute(Nanoseconds time);
