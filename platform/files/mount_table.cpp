@@ -148,7 +148,6 @@ std::shared_ptr<const MountTable> Mounts() {
 }
 
 const Mount* FindMount(const MountTable& table, FSVolumeRefNum number) {
-  if (number == 0) return table.empty() ? nullptr : &table.front();
   const auto found = std::find_if(table.begin(), table.end(),
                                   [&](const Mount& mount) { return mount.number == number; });
   return found == table.end() ? nullptr : &*found;

@@ -32,7 +32,7 @@ using MountTable = std::vector<Mount>;
 /// The table as it is now, the root first; mounts that others hide are left out. Null if it can't
 /// be read.
 std::shared_ptr<const MountTable> Mounts();
-/// The mount of a volume, 0 being the root's; null if there is none.
+/// The mount of a volume; null if there is none.
 const Mount* FindMount(const MountTable& table, FSVolumeRefNum number);
 /// True if volumes come from the system's own table.
 bool IsSystemMountTable();

@@ -45,8 +45,8 @@ struct FSVolumeInfo {
   SInt16 driveNumber;   ///< from 1; volumes of one device have the same
 };
 
-/// Information of a volume: of number `volume` if `index` is 0, where 0 is the root's volume, else
-/// of the volume `index` of the walk, from 1. Each output may be null; `root` takes the volume's
+/// Information of a volume: of number `volume` if `index` is 0, else of the volume
+/// `index` of the walk, from 1. Each output may be null; `root` takes the volume's
 /// root folder. nsvErr for a number or an index that no volume has, paramErr for a mask without
 /// `info` or with bits that are not named here.
 OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount index, FSVolumeRefNum* actual_volume,

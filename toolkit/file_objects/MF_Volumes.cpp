@@ -1,6 +1,5 @@
 #include "MF_Volumes.h"
 
-#include "MF_FileObjects.h"
 #include "MF_trace_private.h"
 #include "volume_access.h"
 #include "volume_mounting.h"
@@ -10,6 +9,7 @@ namespace {
 using quillmere::file_objects::Checked;
 using quillmere::file_objects::Trace;
 
+constexpr const char kCatalogFailed[] = "FSGetCatalogInfo failed";
 constexpr const char kVolumeInfoFailed[] = "FSGetVolumeInfo failed";
 
 }  // namespace
@@ -78,6 +78,31 @@ SInt32 MF_FSLockOfVolume(FSVolumeRefNum volume) {
   if (status) return status;
   if (info.flags & kFSVolFlagHardwareLockedMask) return wPrErr;
   return info.flags & kFSVolFlagSoftwareLockedMask ? SInt32{vLckdErr} : SInt32{noErr};
+}
+
+SInt32 MF_FSCheckLock(const FSRef* reference) {
+  const Trace trace("MF_FSCheckLock");
+  FSCatalogInfo info{};
+  const SInt32 status = Checked(FSGetCatalogInfo(reference, kFSCatInfoNodeFlags | kFSCatInfoVolume,
+                                                 &info, nullptr, nullptr, nullptr),
+                                kCatalogFailed);
+  if (status) return status;
+  if (info.nodeFlags & kFSNodeLockedMask) return fLckdErr;
+  return MF_FSLockOfVolume(info.volume);
+}
+
+SInt32 MF_FSGetUserPrivilegesPermissions(const FSRef* reference, UInt8* privileges,
+                                         FSPermissionInfo* permissions) {
+  const Trace trace("MF_FSGetUserPrivilegesPermissions");
+  FSCatalogInfo info{};
+  const FSCatalogInfoBitmap mask = (privileges ? kFSCatInfoUserPrivs : kFSCatInfoNone) |
+                                   (permissions ? kFSCatInfoPermissions : kFSCatInfoNone);
+  const SInt32 status =
+      Checked(FSGetCatalogInfo(reference, mask, &info, nullptr, nullptr, nullptr), kCatalogFailed);
+  if (status) return status;
+  if (privileges) *privileges = info.userPrivileges;
+  if (permissions) *permissions = info.permissions;
+  return noErr;
 }
 
 SInt32 MF_FSGetDirAccess(const FSRef* folder, UInt32* owner, UInt32* group, UInt32* rights) {

@@ -1,8 +1,9 @@
-/// Volumes: the platform's calls under names that say what they do. A volume is its number; 0 is
-/// the root's volume where a number is asked for. nsvErr (-35) for a number that no volume has.
+/// Volumes: the platform's calls under names that say what they do. A volume is its number;
+/// nsvErr (-35) for one that no volume has, as for 0.
 #pragma once
 
 #include "base_types.h"
+#include "catalogue.h"
 #include "file_references.h"
 #include "memory_handles.h"
 #include "volumes.h"
@@ -19,9 +20,16 @@ SInt32 MF_FSGetVolParms(FSVolumeRefNum volume, ByteCount buffer_size, GetVolParm
 /// The roots of all volumes in a new handle of `*count` references, in mount order. The caller
 /// disposes of it; on a failure it is null and the count 0.
 SInt32 MF_FSGetMountedVolumes(Handle* roots, ItemCount* count);
+/// 0 if an object and its volume can be written: -45 for an object that is locked, -44 for a volume
+/// that is locked in hardware, -46 for one in software.
+SInt32 MF_FSCheckLock(const FSRef* reference);
 /// -44 or -46 for a volume's flags, 0 for none of the two.
 SInt32 MF_FSLockOfVolume(FSVolumeRefNum volume);
 
+/// What the calling user may not do with an object, kioACUser bits, and its owner and mode; each
+/// output may be null.
+SInt32 MF_FSGetUserPrivilegesPermissions(const FSRef* reference, UInt8* privileges,
+                                         FSPermissionInfo* permissions);
 /// A folder's owner, group and access rights (volume_access.h); each output may be null.
 SInt32 MF_FSGetDirAccess(const FSRef* folder, UInt32* owner, UInt32* group, UInt32* rights);
 SInt32 MF_FSSetDirAccess(const FSRef* folder, UInt32 owner, UInt32 group, UInt32 rights);

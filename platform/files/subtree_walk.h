@@ -1,0 +1,56 @@
+/// A walk over all that a folder holds, at any depth.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "base_types.h"
+
+struct FolderIterator;
+
+namespace quillmere::files {
+
+/// Goes folder by folder, names in the order of their bytes, an object before what it holds. It
+/// follows no link, stays on the volume of its root, and passes over folders that it may not read.
+class SubtreeWalk {
+ public:
+  /// An object on the way.
+  struct Entry {
+    std::string name;
+    UInt64 inode;
+    bool is_folder;
+  };
+
+  /// Starts in a folder; a status of the files family if it can't be read.
+  OSStatus Open(const std::filesystem::path& root);
+  /// The next object, null at the end. It stays valid until the next call.
+  const Entry* Next();
+  /// The path of the object that Next gave last.
+  std::string Path() const;
+
+ private:
+  struct Level {
+    std::string path;  ///< with a slash at its end
+    std::vector<Entry> entries;
+    std::size_t next = 0;
+  };
+  /// What tells one volume from another.
+  struct Volume {
+    UInt64 mount;  ///< the kernel's number of the mount; where it does not tell, of the device
+    bool operator==(const Volume&) const = default;
+  };
+  static OSStatus VolumeOf(int folder, Volume* volume);
+  OSStatus Enter(std::string path);
+
+  std::vector<Level> levels_;
+  Volume volume_{};
+  bool last_is_folder_ = false;
+};
+
+/// The walk of an iterator that was opened with kFSIterateSubtree; null for any other.
+SubtreeWalk* SubtreeOf(FolderIterator* iterator);
+
+}  // namespace quillmere::files
