@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
+#include <limits>
 
 #include "NR_Errors.h"
 #include "base_types.h"
@@ -101,22 +103,28 @@ struct RowOf {
   QUILLMERE_INLINE decltype(auto) operator[](std::size_t j) const { return view[j][i]; }
 };
 
-/// Householder's reduction and the implicit QR iteration of Golub and Reinsch. `Sum` is the type in
-/// which terms are compared with the norm; both matrices have the same kind of view.
-template <class T, class Sum, class Matrix>
+/// Householder's reduction and the implicit QR iteration of Golub and Reinsch. The
+/// bidiagonal matrix, its rotations and the comparison with its norm are of type `B`; both matrices
+/// have elements of type `T` and the same kind of view.
+template <class T, class B, class Matrix>
 class Decomposition {
  public:
   /// `superdiagonal` is work space of n elements.
-  Decomposition(Matrix a, std::size_t m, std::size_t n, T* w, Matrix v, T* superdiagonal)
+  Decomposition(Matrix a, std::size_t m, std::size_t n, B* w, Matrix v, B* superdiagonal)
       : a_(a), m_(m), n_(n), w_(w), v_(v), e_(superdiagonal) {}
 
   /// False if a singular value doesn't converge.
   QUILLMERE_INLINE bool Run() {
+    const int exponent = ScaleDown();
     Bidiagonalize();
     AccumulateRight();
     AccumulateLeft();
     for (std::size_t k = n_; k-- > 0;) {
       if (!Converge(k)) return false;
+    }
+    if (exponent != 0) {
+      for (std::size_t j = 0; j < n_; ++j)
+        w_[j] = std::ldexp(w_[j], exponent);
     }
     return true;
   }
@@ -126,16 +134,35 @@ class Decomposition {
   /// Rows that a row's transformation handles at a time.
   static constexpr std::size_t kBatch = 32;
 
-  QUILLMERE_INLINE bool Negligible(T x) const {
-    return static_cast<Sum>(std::fabs(x)) + static_cast<Sum>(norm_) == static_cast<Sum>(norm_);
+  QUILLMERE_INLINE bool Negligible(B x) const { return std::fabs(x) + norm_ == norm_; }
+
+  /// Brings a matrix near the ends of the range of numbers to magnitudes about 1, so that nothing
+  /// leaves it on the way; returns the power of two taken out.
+  QUILLMERE_INLINE int ScaleDown() {
+    constexpr int kFarExponent = std::numeric_limits<T>::max_exponent / 4;
+    T largest = 0;
+    for (std::size_t j = 0; j < n_; ++j) {
+      const auto column = a_[j];
+      for (std::size_t i = 0; i < m_; ++i)
+        largest = std::max(largest, std::fabs(column[i]));
+    }
+    if (largest == 0 || !std::isfinite(largest)) return 0;
+    const int exponent = std::ilogb(largest);
+    if (std::abs(exponent) < kFarExponent) return 0;
+    for (std::size_t j = 0; j < n_; ++j) {
+      const auto column = a_[j];
+      for (std::size_t i = 0; i < m_; ++i)
+        column[i] = std::ldexp(column[i], -exponent);
+    }
+    return exponent;
   }
 
   QUILLMERE_INLINE void Bidiagonalize() {
-    T super = 0;
+    T entry = 0;
     for (std::size_t i = 0; i < n_; ++i) {
-      e_[i] = super;
-      w_[i] = i < m_ ? ReflectColumn(i) : 0;
-      super = i < m_ && i + 1 < n_ ? ReflectRow(i) : 0;
+      e_[i] = static_cast<B>(entry);
+      w_[i] = static_cast<B>(i < m_ ? ReflectColumn(i) : 0);
+      entry = i < m_ && i + 1 < n_ ? ReflectRow(i) : 0;
       norm_ = std::max(norm_, std::fabs(w_[i]) + std::fabs(e_[i]));
     }
   }
@@ -214,7 +241,9 @@ class Decomposition {
       to[k] += factor * from[k];
   }
 
-  static QUILLMERE_INLINE void Rotate(std::size_t rows, Column p, Column q, T c, T s) {
+  static QUILLMERE_INLINE void Rotate(std::size_t rows, Column p, Column q, B cosine, B sine) {
+    const T c = static_cast<T>(cosine);
+    const T s = static_cast<T>(sine);
     for (std::size_t k = 0; k < rows; ++k) {
       const T x = p[k];
       const T y = q[k];
@@ -231,7 +260,7 @@ class Decomposition {
       if (first < n_ && e_[first] != 0) {
         const RowOf<Matrix> row{a_, i};
         for (std::size_t j = first; j < n_; ++j)
-          column[j] = (row[j] / row[first]) / e_[first];
+          column[j] = (row[j] / row[first]) / static_cast<T>(e_[first]);
         for (std::size_t j = first; j < n_; ++j)
           AddMultiple(first, n_, SumOfProducts<T>(first, n_, row, v_[j]), column, v_[j]);
       }
@@ -245,7 +274,7 @@ class Decomposition {
   QUILLMERE_INLINE void AccumulateLeft() {
     for (std::size_t i = std::min(m_, n_); i-- > 0;) {
       const auto column = a_[i];
-      const T entry = w_[i];
+      const T entry = static_cast<T>(w_[i]);
       for (std::size_t j = i + 1; j < n_; ++j)
         a_[j][i] = 0;
       if (entry != 0) {
@@ -282,13 +311,13 @@ class Decomposition {
       if (l == 0 || Negligible(e_[l])) return l;
       if (Negligible(w_[l - 1])) break;
     }
-    T c = 0;
-    T s = 1;
+    B c = 0;
+    B s = 1;
     for (std::size_t i = l; i <= k; ++i) {
-      const T f = s * e_[i];
+      const B f = s * e_[i];
       e_[i] = c * e_[i];
       if (Negligible(f)) break;
-      const T g = w_[i];
+      const B g = w_[i];
       w_[i] = Hypotenuse(f, g);
       c = g / w_[i];
       s = -f / w_[i];
@@ -307,26 +336,26 @@ class Decomposition {
 
   /// The first element of the QR step whose shift is an eigenvalue of the bottom 2 by 2 minor of
   /// B'B. Quotients come before products, so that tiny and huge matrices keep their digits.
-  QUILLMERE_INLINE T Shift(std::size_t l, std::size_t k) const {
-    const T x = w_[l];
-    const T y = w_[k - 1];
-    const T z = w_[k];
-    const T g = e_[k - 1];
-    const T h = e_[k];
-    const T f = ((y - z) / h * ((y + z) / y) + (g - h) / h * ((g + h) / y)) / 2;
-    const T root = std::copysign(Hypotenuse(f, T{1}), f);
+  QUILLMERE_INLINE B Shift(std::size_t l, std::size_t k) const {
+    const B x = w_[l];
+    const B y = w_[k - 1];
+    const B z = w_[k];
+    const B g = e_[k - 1];
+    const B h = e_[k];
+    const B f = ((y - z) / h * ((y + z) / y) + (g - h) / h * ((g + h) / y)) / 2;
+    const B root = std::copysign(Hypotenuse(f, B{1}), f);
     return (x - z) / x * (x + z) + h / x * (y / (f + root) - h);
   }
 
   /// One implicit QR step on the block from l to k.
-  QUILLMERE_INLINE void Sweep(std::size_t l, std::size_t k, T f) {
-    T x = w_[l];
-    T c = 1;
-    T s = 1;
+  QUILLMERE_INLINE void Sweep(std::size_t l, std::size_t k, B f) {
+    B x = w_[l];
+    B c = 1;
+    B s = 1;
     for (std::size_t j = l; j < k; ++j) {
-      T g = c * e_[j + 1];
-      T h = s * e_[j + 1];
-      T y = w_[j + 1];
+      B g = c * e_[j + 1];
+      B h = s * e_[j + 1];
+      B y = w_[j + 1];
       e_[j] = Hypotenuse(f, h);
       if (e_[j] != 0) {
         c = f / e_[j];
@@ -354,10 +383,10 @@ class Decomposition {
   Matrix a_;
   std::size_t m_;
   std::size_t n_;
-  T* w_;
+  B* w_;
   Matrix v_;
-  T* e_;
-  T norm_ = 0;
+  B* e_;
+  B norm_ = 0;
 };
 
 /// Decomposes a matrix of at most `most_columns` columns where it stands.
