@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <limits>
@@ -77,20 +78,71 @@ int OpenFor(const std::filesystem::path& path, SInt8 permission, bool* writable)
   return descriptor;
 }
 
+/// The fork of a number, for one call at a time.
+class LockedFork {
+ public:
+  explicit LockedFork(FSIORefNum number) : fork_(Find(number)) {
+    if (fork_) lock_ = std::unique_lock(fork_->mutex);
+  }
+  explicit operator bool() const { return fork_ != nullptr; }
+  OpenFork& operator*() const { return *fork_; }
+  OpenFork* operator->() const { return fork_.get(); }
+
+ private:
+  std::shared_ptr<OpenFork> fork_;
+  std::unique_lock<std::mutex> lock_;
+};
+
+OSErr SizeOf(const OpenFork& fork, SInt64* size) {
+  struct stat found;
+  if (fstat(fork.descriptor, &found) != 0) return StatusOfErrno(errno);
+  *size = found.st_size;
+  return noErr;
+}
+
 /// The position that a mode and an offset stand for.
 OSErr Position(const OpenFork& fork, UInt16 mode, SInt64 offset, SInt64* position) {
   SInt64 base = 0;
+  mode = static_cast<UInt16>(mode & ~(noCacheMask | forceReadMask));
   if (mode == fsAtMark) offset = 0;
   if (mode == fsAtMark || mode == fsFromMark) base = fork.mark;
   if (mode == fsFromLEOF) {
-    struct stat found;
-    if (fstat(fork.descriptor, &found) != 0) return StatusOfErrno(errno);
-    base = found.st_size;
+    const OSErr status = SizeOf(fork, &base);
+    if (status) return status;
   } else if (mode > fsFromMark) {
     return static_cast<OSErr>(paramErr);
   }
   if (__builtin_add_overflow(base, offset, position) || *position < 0) return posErr;
   return noErr;
+}
+
+/// Transfers bytes by `step(done, place)`, which does what the system's pread and pwrite do for
+/// what is left, until all are done. The mark stands behind them then. `end_status` stands for a
+/// place that no file can have, and for a step that does nothing.
+template <class Step>
+OSErr Transfer(OpenFork* fork, UInt16 mode, SInt64 offset, ByteCount count, const void* buffer,
+               ByteCount* actual, OSErr end_status, Step step) {
+  if (!buffer && count > 0) return static_cast<OSErr>(paramErr);
+  SInt64 position = 0;
+  OSErr status = Position(*fork, mode, offset, &position);
+  if (status) return status;
+  if (count > static_cast<ByteCount>(std::numeric_limits<SInt64>::max() - position)) {
+    return end_status;
+  }
+  ByteCount done = 0;
+  while (done < count && !status) {
+    const ssize_t moved = step(done, position + static_cast<SInt64>(done));
+    if (moved > 0) {
+      done += static_cast<ByteCount>(moved);
+    } else if (moved == 0) {
+      status = end_status;
+    } else if (errno != EINTR) {
+      status = StatusOfErrno(errno);
+    }
+  }
+  fork->mark = position + static_cast<SInt64>(done);
+  if (actual) *actual = done;
+  return status;
 }
 
 }  // namespace
@@ -117,31 +169,76 @@ OSErr FSOpenFork(const FSRef* reference, UInt32 fork_name_length, const UniChar*
 OSErr FSWriteFork(FSIORefNum fork, UInt16 position_mode, SInt64 offset, ByteCount count,
                   const void* buffer, ByteCount* actual) {
   if (actual) *actual = 0;
-  if (!buffer && count > 0) return static_cast<OSErr>(paramErr);
-  const std::shared_ptr<OpenFork> open = Find(fork);
+  const LockedFork open(fork);
   if (!open) return rfNumErr;
-  const std::lock_guard lock(open->mutex);
   if (!open->writable) return wrPermErr;
-  SInt64 position = 0;
-  const OSErr status = Position(*open, position_mode, offset, &position);
-  if (status) return status;
-  if (count > static_cast<ByteCount>(std::numeric_limits<SInt64>::max() - position))
-    return dskFulErr;
   const auto* bytes = static_cast<const UInt8*>(buffer);
-  ByteCount done = 0;
-  OSErr result = noErr;
-  while (done < count && !result) {
-    const ssize_t written =
-        pwrite(open->descriptor, bytes + done, count - done, position + static_cast<SInt64>(done));
-    if (written >= 0) {
-      done += static_cast<ByteCount>(written);
-    } else if (errno != EINTR) {
-      result = StatusOfErrno(errno);
-    }
-  }
-  open->mark = position + static_cast<SInt64>(done);
-  if (actual) *actual = done;
-  return result;
+  return Transfer(&*open, position_mode, offset, count, buffer, actual, dskFulErr,
+                  [&](ByteCount done, off_t place) {
+                    return pwrite(open->descriptor, bytes + done, count - done, place);
+                  });
+}
+
+OSErr FSReadFork(FSIORefNum fork, UInt16 position_mode, SInt64 offset, ByteCount count,
+                 void* buffer, ByteCount* actual) {
+  if (actual) *actual = 0;
+  const LockedFork open(fork);
+  if (!open) return rfNumErr;
+  auto* bytes = static_cast<UInt8*>(buffer);
+  return Transfer(&*open, position_mode, offset, count, buffer, actual, eofErr,
+                  [&](ByteCount done, off_t place) {
+                    return pread(open->descriptor, bytes + done, count - done, place);
+                  });
+}
+
+OSErr PBReadForkSync(FSForkIOParam* transfer) {
+  if (!transfer) return static_cast<OSErr>(paramErr);
+  return FSReadFork(transfer->forkRefNum, transfer->positionMode, transfer->positionOffset,
+                    transfer->requestCount, transfer->buffer, &transfer->actualCount);
+}
+
+OSErr PBWriteForkSync(FSForkIOParam* transfer) {
+  if (!transfer) return static_cast<OSErr>(paramErr);
+  return FSWriteFork(transfer->forkRefNum, transfer->positionMode, transfer->positionOffset,
+                     transfer->requestCount, transfer->buffer, &transfer->actualCount);
+}
+
+OSErr FSGetForkSize(FSIORefNum fork, SInt64* size) {
+  if (!size) return static_cast<OSErr>(paramErr);
+  const LockedFork open(fork);
+  return open ? SizeOf(*open, size) : rfNumErr;
+}
+
+OSErr FSSetForkSize(FSIORefNum fork, UInt16 position_mode, SInt64 offset) {
+  const LockedFork open(fork);
+  if (!open) return rfNumErr;
+  if (!open->writable) return wrPermErr;
+  SInt64 size = 0;
+  const OSErr status = Position(*open, position_mode, offset, &size);
+  if (status) return status;
+  if (ftruncate(open->descriptor, size) != 0) return StatusOfErrno(errno);
+  open->mark = std::min(open->mark, size);
+  return noErr;
+}
+
+OSErr FSGetForkPosition(FSIORefNum fork, SInt64* position) {
+  if (!position) return static_cast<OSErr>(paramErr);
+  const LockedFork open(fork);
+  if (!open) return rfNumErr;
+  *position = open->mark;
+  return noErr;
+}
+
+OSErr FSSetForkPosition(FSIORefNum fork, UInt16 position_mode, SInt64 offset) {
+  const LockedFork open(fork);
+  if (!open) return rfNumErr;
+  SInt64 size = 0;
+  SInt64 position = 0;
+  OSErr status = Position(*open, position_mode, offset, &position);
+  if (!status) status = SizeOf(*open, &size);
+  if (status) return status;
+  open->mark = std::min(position, size);
+  return position > size ? eofErr : OSErr{noErr};
 }
 
 OSErr FSFlushFork(FSIORefNum fork) {

@@ -76,6 +76,58 @@ TEST_F(ForksTest, WritesGoWhereTheModeSays) {
     EXPECT_EQ(rfNumErr, FSFlushFork(wrong));
 }
 
+TEST_F(ForksTest, ReadsSizesAndMarks) {
+  FSRef file{};
+  ASSERT_EQ(noErr, Create("a", &file));
+  FSIORefNum fork = 0;
+  ASSERT_EQ(noErr, FSOpenFork(&file, 0, nullptr, fsRdWrPerm, &fork));
+  ASSERT_EQ(noErr, FSWriteFork(fork, fsFromStart, 0, 10, "0123456789", nullptr));
+  const struct {
+    UInt16 mode;
+    SInt64 offset;
+    ByteCount count;
+    OSErr status;
+    const char* bytes;
+  } reads[] = {{fsFromStart | noCacheMask, 2, 3, noErr, "234"},
+               {fsAtMark, 99, 2, noErr, "56"},
+               {fsFromMark | noCacheMask | forceReadMask, -1, 2, noErr, "67"},
+               {fsFromLEOF, -3, 9, eofErr, "789"},
+               {fsAtMark, 0, 1, eofErr, ""},
+               {fsFromStart, 50, 1, eofErr, ""},
+               {fsFromStart, 1, 0, noErr, ""},
+               {fsFromLEOF, -11, 1, posErr, ""},
+               {fsFromStart | 0x100, 0, 1, static_cast<OSErr>(paramErr), ""}};
+  for (const auto& read : reads) {
+    char bytes[16] = {};
+    ByteCount actual = 99;
+    EXPECT_EQ(read.status, FSReadFork(fork, read.mode, read.offset, read.count, bytes, &actual));
+    EXPECT_STREQ(read.bytes, bytes);
+    EXPECT_EQ(std::strlen(read.bytes), actual);
+  }
+  SInt64 number = 0;
+  EXPECT_EQ(noErr, FSSetForkPosition(fork, fsFromLEOF, -2));
+  EXPECT_EQ(noErr, FSGetForkPosition(fork, &number));
+  EXPECT_EQ(8, number);
+  EXPECT_EQ(eofErr, FSSetForkPosition(fork, fsFromMark, 3));
+  EXPECT_EQ(posErr, FSSetForkPosition(fork, fsFromStart, -1));
+  EXPECT_EQ(noErr, FSGetForkPosition(fork, &number));
+  EXPECT_EQ(10, number);
+  EXPECT_EQ(noErr, FSSetForkSize(fork, fsFromMark, -6));
+  EXPECT_EQ("0123", Content("a"));
+  EXPECT_EQ(noErr, FSGetForkPosition(fork, &number));
+  EXPECT_EQ(4, number);
+  EXPECT_EQ(noErr, FSSetForkSize(fork, fsFromStart, 6));
+  EXPECT_EQ(std::string("0123\0\0", 6), Content("a"));
+  EXPECT_EQ(noErr, FSGetForkSize(fork, &number));
+  EXPECT_EQ(6, number);
+  EXPECT_EQ(posErr, FSSetForkSize(fork, fsFromLEOF, -7));
+  EXPECT_EQ(noErr, FSCloseFork(fork));
+  EXPECT_EQ(rfNumErr, FSGetForkSize(fork, &number));
+  ASSERT_EQ(noErr, FSOpenFork(&file, 0, nullptr, fsRdPerm, &fork));
+  EXPECT_EQ(wrPermErr, FSSetForkSize(fork, fsFromStart, 0));
+  EXPECT_EQ(noErr, FSCloseFork(fork));
+}
+
 TEST_F(ForksTest, OpeningKeepsToPermissions) {
   FSRef file{};
   ASSERT_EQ(noErr, Create("a", &file));
