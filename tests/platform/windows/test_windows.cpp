@@ -74,6 +74,30 @@ class WindowsTest : public ::testing::Test {
   WindowRef window = nullptr;
 };
 
+void PostAtThirdFiring(EventLoopTimerRef, void* user_data) {
+  if (++*static_cast<int*>(user_data) != 3) return;
+  EventRef event = nullptr;
+  CreateEvent(nullptr, "test"_4cc, 1, 0, 0, &event);
+  PostEventToQueue(GetMainEventQueue(), event, kEventPriorityStandard);
+  ReleaseEvent(event);
+}
+
+TEST_F(WindowsTest, TimersFireWhileTheWindowSystemIsServed) {
+  Pump();
+  int firings = 0;
+  EventLoopTimerRef timer = nullptr;
+  ASSERT_EQ(noErr, InstallEventLoopTimer(GetMainEventLoop(), 0.001, 0.001, PostAtThirdFiring,
+                                         &firings, &timer));
+  EventRef event = nullptr;
+  do {
+    ReleaseEvent(event);
+    ASSERT_EQ(noErr, ReceiveNextEvent(0, nullptr, kEventDurationForever, 1, &event));
+  } while (GetEventClass(event) != "test"_4cc);
+  ReleaseEvent(event);
+  EXPECT_EQ(noErr, RemoveEventLoopTimer(timer));
+  EXPECT_GE(firings, 3);
+}
+
 struct Calls {
   std::vector<int> order;
   OSStatus status = eventNotHandledErr;
