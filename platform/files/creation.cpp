@@ -1,88 +1,149 @@
+#include "creation.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 
-#include "catalogue.h"
-#include "creation.h"
-#include "finder_information.h"
+#include "catalogue_changes.h"
+#include "file_calls.h"
+#include "file_names.h"
+#include "file_specifications.h"
+#include "folder_names.h"
+#include "moves.h"
+#include "sidecars.h"
 
 namespace fs = std::filesystem;
-using quillmere::files::StatusOfErrno;
 
+namespace quillmere::files {
 namespace {
 
-/// The path of a name in a folder, whether there is something or not.
-OSErr PlaceFor(const FSRef* parent, UInt32 length, const UniChar* name, fs::path* path) {
-  if (!parent || (!name && length > 0)) return static_cast<OSErr>(paramErr);
-  if (length == 0) return errFSMissingName;
-  if (length > 255) return errFSNameTooLong;
-  fs::path folder;
-  const OSStatus status = quillmere::files::PathOf(*parent, &folder);
-  if (status) return static_cast<OSErr>(status);
-  const quillmere::Owned<CFStringRef> string(
-      CFStringCreateWithCharacters(kCFAllocatorDefault, name, length));
-  const std::string text = quillmere::ToUtf8(string.get());
-  if (text.find('/') != std::string::npos || text.find('\0') != std::string::npos || text == "." ||
-      text == "..") {
-    return bdNamErr;
+/// A folder held open, and a name for a new object in it.
+struct NewPlace {
+  Descriptor folder;
+  fs::path folder_path;
+  std::string name;
+};
+
+OSStatus PlaceFor(const FSRef* parent, UInt32 length, const UniChar* name, NewPlace* place) {
+  if (!parent) return paramErr;
+  const OSStatus status = BytesOfName(length, name, &place->name);
+  return status ? status : OpenFolder(*parent, &place->folder, &place->folder_path);
+}
+
+/// Gives a new object its information and says what it is. A sidecar that an object of this name
+/// left behind is not its own.
+OSStatus Complete(NewPlace place, FSCatalogInfoBitmap mask, const FSCatalogInfo* info,
+                  FSRef* reference, FSSpec* spec, UInt32* directory_id) {
+  OSStatus status = RemoveStraySidecar(place.folder.get(), place.name);
+  ObjectPlace object;
+  object.path = place.folder_path / place.name;
+  object.name = place.name;
+  object.folder = std::move(place.folder);
+  if (!status) status = ReadObject(object.folder.get(), object.name.c_str(), &object.info);
+  if (!status && mask) {
+    status = SetCatalogue(object, mask, *info);
+    if (status == StatusOfErrno(EOPNOTSUPP)) status = noErr;
   }
-  *path = folder / text;
+  const ObjectView view = {object.folder.get(), object.name, place.folder_path, object.info};
+  if (!status && spec) status = MakeSpecification(view, spec);
+  if (status) {
+    // Made by this call and still empty.
+    UnlinkAt(object.folder.get(), object.name, object.IsFolder() ? AT_REMOVEDIR : 0);
+    return status;
+  }
+  if (directory_id) *directory_id = static_cast<UInt32>(object.info.stx_ino);
+  if (reference) {
+    *reference = ReferenceOfSeen(IdentityOf(object.info),
+                                 Places().NumberOfFolder(place.folder_path.native()), object.name);
+  }
   return noErr;
 }
 
-OSErr SetFinderInformation(const fs::path& path, FSCatalogInfoBitmap mask,
-                           const FSCatalogInfo* info) {
-  quillmere::files::FinderInformation finder;
-  if (mask & kFSCatInfoFinderInfo) std::memcpy(finder.bytes, info->finderInfo, 16);
-  if (mask & kFSCatInfoFinderXInfo) std::memcpy(finder.bytes + 16, info->extFinderInfo, 16);
-  const OSStatus status = quillmere::files::WriteFinderInformation(path, finder);
-  // A file system that keeps no such information holds the file as well without it.
-  return status == StatusOfErrno(EOPNOTSUPP) ? OSErr{noErr} : static_cast<OSErr>(status);
+bool AreValid(FSCatalogInfoBitmap mask, const FSCatalogInfo* info) {
+  return (mask & ~kFSCatInfoSettableInfo) == 0 && (mask == kFSCatInfoNone || info);
 }
 
-constexpr FSCatalogInfoBitmap kSettable = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
+/// Removes a folder. Sidecars whose objects have gone are nothing that it holds.
+OSStatus RemoveFolder(const ObjectPlace& place) {
+  if (UnlinkAt(place.folder.get(), place.name, AT_REMOVEDIR) == 0) return noErr;
+  const int error = errno;
+  if (error != ENOTEMPTY && error != EEXIST) return StatusOfErrno(error);
+  const Descriptor folder(openat(place.folder.get(), place.name.c_str(),
+                                 O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  struct statx now;
+  FolderNames strays;
+  if (!folder.IsOpen() || ReadObject(folder.get(), ".", &now) != noErr ||
+      IdentityOf(now) != IdentityOf(place.info) ||
+      strays.Read(folder.get(), FolderNames::kAll) != noErr) {
+    return fBsyErr;
+  }
+  for (std::size_t i = 0; i < strays.size(); ++i) {
+    if (!IsSidecar(folder.get(), strays[i].data())) return fBsyErr;
+  }
+  for (std::size_t i = 0; i < strays.size(); ++i) {
+    if (UnlinkAt(folder.get(), strays[i].data(), 0) != 0) return StatusOfErrno(errno);
+  }
+  return UnlinkAt(place.folder.get(), place.name, AT_REMOVEDIR) == 0 ? OSStatus{noErr}
+                                                                     : StatusOfErrno(errno);
+}
+
+OSStatus Remove(const ObjectPlace& place) {
+  if (IsVolumeRoot(place.info, place.path)) return fBsyErr;
+  if (IsLocked(place.info)) return fLckdErr;
+  if (place.IsFolder()) {
+    const OSStatus status = RemoveFolder(place);
+    if (status) return status;
+  } else if (UnlinkAt(place.folder.get(), place.name, 0) != 0) {
+    return StatusOfErrno(errno);
+  }
+  // The object has gone; a sidecar that stays behind is shown nowhere and taken for no other's.
+  RemoveStraySidecar(place.folder.get(), place.name);
+  return noErr;
+}
 
 }  // namespace
+}  // namespace quillmere::files
 
 OSErr FSCreateFileUnicode(const FSRef* parent, UInt32 length, const UniChar* name,
                           FSCatalogInfoBitmap mask, const FSCatalogInfo* info, FSRef* reference,
-                          FSSpec*) {
-  if ((mask & ~kSettable) || (mask && !info)) return static_cast<OSErr>(paramErr);
-  fs::path path;
-  OSErr status = PlaceFor(parent, length, name, &path);
-  if (status) return status;
-  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (file < 0) return StatusOfErrno(errno);
-  close(file);
-  if (mask) status = SetFinderInformation(path, mask, info);
-  if (status) {
-    unlink(path.c_str());  // made by this call and still empty
-    return status;
-  }
-  return reference ? static_cast<OSErr>(quillmere::files::ReferenceOf(path, reference)) : status;
+                          FSSpec* spec) {
+  namespace files = quillmere::files;
+  if (!files::AreValid(mask, info)) return static_cast<OSErr>(paramErr);
+  files::NewPlace place;
+  OSStatus status = files::PlaceFor(parent, length, name, &place);
+  if (status) return static_cast<OSErr>(status);
+  const files::Descriptor file(files::MakeFileAt(place.folder.get(), place.name, 0666));
+  if (!file.IsOpen()) return files::StatusOfErrno(errno);
+  status = files::Complete(std::move(place), mask, info, reference, spec, nullptr);
+  return static_cast<OSErr>(status);
 }
 
 OSErr FSCreateDirectoryUnicode(const FSRef* parent, UInt32 length, const UniChar* name,
                                FSCatalogInfoBitmap mask, const FSCatalogInfo* info,
-                               FSRef* reference, FSSpec*, UInt32* directory_id) {
-  if ((mask & ~kSettable) || (mask && !info)) return static_cast<OSErr>(paramErr);
-  fs::path path;
-  OSErr status = PlaceFor(parent, length, name, &path);
-  if (status) return status;
-  if (mkdir(path.c_str(), 0777) != 0) return StatusOfErrno(errno);
-  if (mask) status = SetFinderInformation(path, mask, info);
-  if (status) {
-    rmdir(path.c_str());
-    return status;
+                               FSRef* reference, FSSpec* spec, UInt32* directory_id) {
+  namespace files = quillmere::files;
+  if (!files::AreValid(mask, info)) return static_cast<OSErr>(paramErr);
+  files::NewPlace place;
+  OSStatus status = files::PlaceFor(parent, length, name, &place);
+  if (status) return static_cast<OSErr>(status);
+  if (files::MakeFolderAt(place.folder.get(), place.name, 0777) != 0) {
+    return files::StatusOfErrno(errno);
   }
-  struct stat found;
-  if (directory_id) {
-    if (lstat(path.c_str(), &found) != 0) return StatusOfErrno(errno);
-    *directory_id = static_cast<UInt32>(found.st_ino);
-  }
-  return reference ? static_cast<OSErr>(quillmere::files::ReferenceOf(path, reference)) : status;
+  status = files::Complete(std::move(place), mask, info, reference, spec, directory_id);
+  return static_cast<OSErr>(status);
+}
+
+OSErr FSDeleteObject(const FSRef* reference) {
+  return FSUnlinkObject(reference);
+}
+
+OSErr FSUnlinkObject(const FSRef* reference) {
+  if (!reference) return static_cast<OSErr>(paramErr);
+  quillmere::files::ObjectPlace place;
+  OSStatus status = quillmere::files::FindObject(*reference, &place);
+  if (!status) status = quillmere::files::Remove(place);
+  return static_cast<OSErr>(status);
 }

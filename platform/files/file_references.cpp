@@ -7,6 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "file_names.h"
+#include "object_place.h"
 #include "place_table.h"
 
 namespace {
@@ -31,12 +33,14 @@ ReferenceRecord RecordOf(const FSRef& reference) {
   return record;
 }
 
-void Store(const ObjectIdentity& identity, Sighting sighting, FSRef* reference) {
+FSRef ReferenceFor(const ObjectIdentity& identity, Sighting sighting) {
   ReferenceRecord record{};
   record.mark = kMark;
   record.identity = identity;
   record.sighting = sighting;
-  std::memcpy(reference, &record, sizeof(record));
+  FSRef reference;
+  std::memcpy(&reference, &record, sizeof(record));
+  return reference;
 }
 
 /// An absolute path without "." and "..", and without a slash at its end.
@@ -63,15 +67,12 @@ OSErr FSCompareFSRefs(const FSRef* a, const FSRef* b) {
 OSErr FSMakeFSRefUnicode(const FSRef* parent, UInt32 length, const UniChar* name, UInt32,
                          FSRef* reference) {
   if (!parent || !name || !reference) return static_cast<OSErr>(paramErr);
-  if (length == 0) return errFSMissingName;
+  std::string text;
+  const OSErr name_status = quillmere::files::BytesOfName(length, name, &text);
+  if (name_status) return name_status;
   fs::path folder;
   OSStatus status = quillmere::files::PathOf(*parent, &folder);
-  if (status) return static_cast<OSErr>(status);
-  const quillmere::Owned<CFStringRef> string(
-      CFStringCreateWithCharacters(kCFAllocatorDefault, name, length));
-  const std::string text = quillmere::ToUtf8(string.get());
-  if (text.find('/') != std::string::npos || text == "." || text == "..") return bdNamErr;
-  status = quillmere::files::ReferenceOf(folder / text, reference);
+  if (!status) status = quillmere::files::ReferenceOf(folder / text, reference);
   return static_cast<OSErr>(status);
 }
 
@@ -121,9 +122,9 @@ OSStatus PathOf(const FSRef& reference, fs::path* path) {
   if (record.mark != kMark) return errFSBadFSRef;
   OSStatus first_failure = noErr;
   for (std::string& place : Places().Candidates(record.identity, record.sighting)) {
-    ObjectIdentity there;
-    const OSStatus status = IdentityAt(AT_FDCWD, place.c_str(), &there);
-    if (!status && there == record.identity) {
+    struct statx there;
+    const OSStatus status = ReadObject(AT_FDCWD, place.c_str(), &there);
+    if (!status && Places().ObjectOf(IdentityOf(there)) == record.identity) {
       *path = std::move(place);
       return noErr;
     }
@@ -135,22 +136,30 @@ OSStatus PathOf(const FSRef& reference, fs::path* path) {
 OSStatus ReferenceOf(const fs::path& path, FSRef* reference) {
   *reference = {};
   fs::path place;
-  ObjectIdentity identity;
+  struct statx there;
   OSStatus status = Normalized(path, &place);
-  if (!status) status = IdentityAt(AT_FDCWD, place.c_str(), &identity);
+  if (!status) status = ReadObject(AT_FDCWD, place.c_str(), &there);
   if (status) return status;
-  PlaceTable& table = Places();
-  const UInt32 folder = table.NumberOfFolder(place.parent_path().native());
-  Store(identity, table.See(identity, folder, place.filename().native()), reference);
+  const UInt32 folder = Places().NumberOfFolder(place.parent_path().native());
+  *reference = ReferenceOfSeen(IdentityOf(there), folder, place.filename().native());
   return noErr;
 }
 
-OSStatus ReferenceInFolder(int folder, UInt32 folder_number, const char* name, FSRef* reference) {
-  ObjectIdentity identity;
-  const OSStatus status = IdentityAt(folder, name, &identity);
-  if (status) return status;
-  Store(identity, Places().See(identity, folder_number, name), reference);
-  return noErr;
+FSRef ReferenceOfSeen(const ObjectIdentity& inode, UInt32 folder_number, std::string_view name) {
+  const ObjectIdentity object = Places().ObjectOf(inode);
+  return ReferenceFor(object, Places().See(object, folder_number, name));
+}
+
+OSStatus ReferenceOfObject(const ObjectIdentity& object, FSRef* reference) {
+  // The sighting in it is any; the table tells where the object was seen last.
+  const FSRef found = ReferenceFor(object, {});
+  fs::path path;
+  const OSStatus status = PathOf(found, &path);
+  return status ? status : ReferenceOf(path, reference);
+}
+
+ObjectIdentity IdentityIn(const FSRef& reference) {
+  return RecordOf(reference).identity;
 }
 
 OSErr StatusOfErrno(int error_number) {

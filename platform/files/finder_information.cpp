@@ -1,14 +1,18 @@
 #include "finder_information.h"
 
+#include <fcntl.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <vector>
 
+#include "descriptor.h"
+#include "file_calls.h"
 #include "file_references.h"
+#include "sidecars.h"
 
 namespace quillmere::files {
 namespace {
@@ -20,11 +24,22 @@ constexpr std::size_t kHeaderSize = 26;
 constexpr std::size_t kEntrySize = 12;
 /// The head of a sidecar holds its entries and the Finder information; forks behind it are not
 /// read.
-constexpr std::streamsize kSidecarHead = 64L * 1024;
+constexpr std::size_t kSidecarHead = std::size_t{64} * 1024;
 
 UInt32 Read32(std::span<const UInt8> bytes, std::size_t at) {
   return (UInt32{bytes[at]} << 24) | (UInt32{bytes[at + 1]} << 16) | (UInt32{bytes[at + 2]} << 8) |
          UInt32{bytes[at + 3]};
+}
+
+/// Reads the information of an object's sidecar; false if it has none with any.
+bool ReadFromSidecar(const std::filesystem::path& path, FinderInformation* information) {
+  const std::filesystem::path place = path.parent_path() / SidecarName(path.filename().native());
+  const Descriptor file(open(place.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (!file.IsOpen()) return false;
+  std::vector<UInt8> head(kSidecarHead);
+  const ssize_t size = pread(file.get(), head.data(), head.size(), 0);
+  head.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
+  return FinderInformationInSidecar(head, information);
 }
 
 }  // namespace
@@ -63,23 +78,19 @@ void ReadFinderInformation(const std::filesystem::path& path, FinderInformation*
     return;
   }
   *information = {};
-  std::ifstream file(path.parent_path() / ("._" + path.filename().native()), std::ios::binary);
-  if (!file) return;
-  std::vector<UInt8> head(static_cast<std::size_t>(kSidecarHead));
-  file.read(reinterpret_cast<char*>(head.data()), kSidecarHead);
-  head.resize(static_cast<std::size_t>(file.gcount()));
-  FinderInformationInSidecar(head, information);
+  ReadFromSidecar(path, information);
 }
 
 OSStatus WriteFinderInformation(const std::filesystem::path& path,
                                 const FinderInformation& information) {
   const bool is_empty = std::all_of(std::begin(information.bytes), std::end(information.bytes),
                                     [](UInt8 byte) { return byte == 0; });
-  const int result = is_empty ? lremovexattr(path.c_str(), kAttribute)
-                              : lsetxattr(path.c_str(), kAttribute, information.bytes,
-                                          sizeof(information.bytes), 0);
-  if (result == 0 || (is_empty && (errno == ENODATA || errno == EOPNOTSUPP))) return noErr;
-  return StatusOfErrno(errno);
+  // Zeros have to be said where a sidecar says something else.
+  FinderInformation other;
+  const bool is_removed = is_empty && !ReadFromSidecar(path, &other);
+  const int result = SetAttribute(path.native(), kAttribute,
+                                  is_removed ? std::span<const UInt8>() : information.bytes);
+  return result == 0 ? OSStatus{noErr} : StatusOfErrno(errno);
 }
 
 }  // namespace quillmere::files

@@ -10,10 +10,6 @@
 #include "base_types.h"
 #include "file_references.h"
 
-inline constexpr OSErr badMovErr = -122;
-inline constexpr OSErr notAFileErr = -1302;
-inline constexpr OSErr diffVolErr = -1303;
-
 /// Gives an object a new name in its folder. `encoding` is kept as the hint of the name's encoding
 /// unless it is 65535 (unknown). `new_reference` (may be null, may be `reference`) takes the
 /// object.

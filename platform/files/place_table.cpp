@@ -1,11 +1,5 @@
 #include "place_table.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
-
-#include <cerrno>
-
 namespace quillmere::files {
 namespace {
 
@@ -82,6 +76,28 @@ std::vector<std::string> PlaceTable::Candidates(const ObjectIdentity& identity,
   return paths;
 }
 
+void PlaceTable::Exchange(const ObjectIdentity& a, const ObjectIdentity& b) {
+  const std::lock_guard lock(mutex_);
+  std::swap(exchanged_.try_emplace(a, a).first->second, exchanged_.try_emplace(b, b).first->second);
+  has_exchanges_ = true;
+}
+
+ObjectIdentity PlaceTable::ObjectOf(const ObjectIdentity& inode) const {
+  if (!has_exchanges_) return inode;
+  const std::lock_guard lock(mutex_);
+  const auto found = exchanged_.find(inode);
+  return found == exchanged_.end() ? inode : found->second;
+}
+
+std::vector<ObjectIdentity> PlaceTable::Numbered(UInt64 device, UInt64 inode) const {
+  const std::lock_guard lock(mutex_);
+  std::vector<ObjectIdentity> found;
+  for (const auto& [identity, sighting] : last_seen_) {
+    if (identity.device == device && identity.inode == inode) found.push_back(identity);
+  }
+  return found;
+}
+
 UInt32 PlaceTable::FolderNumber(std::string_view path) {
   const auto [entry, is_new] =
       folder_numbers_.try_emplace(std::string(path), static_cast<UInt32>(folders_.size()));
@@ -122,17 +138,6 @@ std::string PlaceTable::AfterMoves(std::string path, UInt32 first_move) const {
 PlaceTable& Places() {
   static auto* table = new PlaceTable;
   return *table;
-}
-
-OSStatus IdentityAt(int folder, const char* name, ObjectIdentity* identity) {
-  struct statx info;
-  if (statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_INO | STATX_BTIME, &info) != 0) {
-    return StatusOfErrno(errno);
-  }
-  const bool has_birth = (info.stx_mask & STATX_BTIME) != 0;
-  *identity = {makedev(info.stx_dev_major, info.stx_dev_minor), info.stx_ino,
-               has_birth ? info.stx_btime.tv_sec : 0, has_birth ? info.stx_btime.tv_nsec : 0};
-  return noErr;
 }
 
 }  // namespace quillmere::files

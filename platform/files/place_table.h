@@ -5,6 +5,7 @@
 /// them is found again. All members may be called from any thread.
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -45,6 +46,13 @@ class PlaceTable {
   Sighting See(const ObjectIdentity& identity, UInt32 folder, std::string_view name);
   /// Notes that an object was moved to a path; for a folder, with all that is in it.
   void Move(const ObjectIdentity& identity, std::string_view new_path, bool is_folder);
+  /// Notes that two files of these identities have exchanged their content: each is from now on
+  /// found where the other's inode is.
+  void Exchange(const ObjectIdentity& a, const ObjectIdentity& b);
+  /// The object that an inode stands for: itself unless it was exchanged.
+  ObjectIdentity ObjectOf(const ObjectIdentity& inode) const;
+  /// The objects that have been seen with this number on a device.
+  std::vector<ObjectIdentity> Numbered(UInt64 device, UInt64 inode) const;
   /// The paths at which an object may be, the likeliest first: where its reference saw it, where it
   /// was seen last, and both again after the moves of folders since then.
   std::vector<std::string> Candidates(const ObjectIdentity& identity, Sighting own) const;
@@ -98,17 +106,20 @@ class PlaceTable {
                                                                    PlaceEqual{&places_}};
   std::unordered_map<ObjectIdentity, Sighting, IdentityHash> last_seen_;
   std::vector<FolderMove> moves_;
+  /// Which object an inode stands for, where it is not its own; `has_exchanges_` spares the look.
+  std::unordered_map<ObjectIdentity, ObjectIdentity, IdentityHash> exchanged_;
+  std::atomic<bool> has_exchanges_{false};
 };
 
 /// The process's table.
 PlaceTable& Places();
 
-/// Identity of what is called `name` in the open folder `folder` (AT_FDCWD for paths), a link not
-/// followed; a status of the files family.
-OSStatus IdentityAt(int folder, const char* name, ObjectIdentity* identity);
-
-/// The reference of what is called `name` in a folder that is open as `folder` and has a number in
-/// the table. `*reference` is only written on success.
-OSStatus ReferenceInFolder(int folder, UInt32 folder_number, const char* name, FSRef* reference);
+/// The identity that a reference holds.
+ObjectIdentity IdentityIn(const FSRef& reference);
+/// The reference of an object that was seen before; fnfErr if it is there no more.
+OSStatus ReferenceOfObject(const ObjectIdentity& object, FSRef* reference);
+/// The reference of an object that was just seen as `name` in a folder that has a number in the
+/// table; `inode` is what the system says of it.
+FSRef ReferenceOfSeen(const ObjectIdentity& inode, UInt32 folder_number, std::string_view name);
 
 }  // namespace quillmere::files

@@ -4,9 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "descriptor.h"
+#include "file_calls.h"
+#include "file_references.h"
 
 namespace quillmere::files {
 
@@ -25,6 +28,18 @@ bool IsSidecar(int folder, const char* name) {
   UInt8 start[4] = {};
   const ssize_t count = read(file.get(), start, sizeof(start));
   return count < 0 || (count == 4 && std::memcmp(start, kAppleDouble, 4) == 0);
+}
+
+bool HasSidecar(int folder, std::string_view name) {
+  const std::string sidecar = SidecarName(name);
+  struct stat found;
+  return fstatat(folder, sidecar.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+         IsSidecar(folder, sidecar.c_str());
+}
+
+OSStatus RemoveStraySidecar(int folder, std::string_view name) {
+  if (!HasSidecar(folder, name)) return noErr;
+  return UnlinkAt(folder, SidecarName(name), 0) == 0 ? OSStatus{noErr} : StatusOfErrno(errno);
 }
 
 }  // namespace quillmere::files

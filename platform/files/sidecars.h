@@ -16,5 +16,9 @@ std::string SidecarName(std::string_view name);
 /// "._" and its bytes with the AppleDouble number. A user's own file may have such a name too. One
 /// that can't be read counts as a sidecar.
 bool IsSidecar(int folder, const char* name);
+/// Whether the object `name` in an open folder has a sidecar.
+bool HasSidecar(int folder, std::string_view name);
+/// Removes a sidecar of `name`, if there is one, whose object has gone or is new.
+OSStatus RemoveStraySidecar(int folder, std::string_view name);
 
 }  // namespace quillmere::files
