@@ -63,6 +63,17 @@ SInt32 MF_FSGetNodeID(const FSRef* reference, UInt64* node_id, Boolean* is_direc
   return noErr;
 }
 
+SInt32 MF_FSGetVRefNum(const FSRef* reference, FSVolumeRefNum* volume) {
+  const Trace trace("MF_FSGetVRefNum");
+  if (!volume) return paramErr;
+  FSCatalogInfo info{};
+  const SInt32 status =
+      Checked(FSGetCatalogInfo(reference, kFSCatInfoVolume, &info, nullptr, nullptr, nullptr),
+              kCatalogFailed);
+  if (!status) *volume = info.volume;
+  return status;
+}
+
 SInt32 MF_FSGetFinderInfo(const FSRef* reference, MF_FinderInfo* info,
                           MF_ExtendedFinderInfo* extended, Boolean* is_directory) {
   const Trace trace("MF_FSGetFinderInfo");
