@@ -1,8 +1,11 @@
 #include "NR_Parabolas.h"
 
 #include <cmath>
+#include <limits>
 
 #include "NR_Errors.h"
+#include "ORW_NR_simple.h"
+#include "decomposition_private.h"
 
 namespace {
 
@@ -18,29 +21,30 @@ struct Parabola {
   float At(float x) const { return linear * x + constant + quadratic * x * x; }
 };
 
-template <std::size_t size>
+template <SInt32 size>
 Parabola Fit(const float* samples) {
-  constexpr double middle = (size - 1) / 2.0;
-  double squares = 0;
-  double fourth_powers = 0;
-  double sum = 0;
-  double moment = 0;
-  double second_moment = 0;
-  for (std::size_t i = 0; i < size; ++i) {
-    const double t = static_cast<double>(i) - middle;
-    const double y = static_cast<double>(samples[i]);
-    squares += t * t;
-    fourth_powers += t * t * t * t;
-    sum += y;
-    moment += t * y;
-    second_moment += t * t * y;
+  constexpr SInt32 kStride = 4;
+  float matrix[(size + 1) * kStride];
+  float right[kStride * kStride];
+  float w[kStride];
+  float coefficients[kStride];
+  for (SInt32 i = 0; i < size; ++i) {
+    const auto x = static_cast<float>(i);
+    float* row = matrix + (i + 1) * kStride;
+    row[1] = 1;
+    row[2] = x;
+    row[3] = x * x;
   }
-  const double quadratic =
-      (size * second_moment - squares * sum) / (size * fourth_powers - squares * squares);
-  const double slope = moment / squares;
-  const double height = (sum - quadratic * squares) / size;
-  return {static_cast<float>(height - slope * middle + quadratic * middle * middle),
-          static_cast<float>(slope - 2 * quadratic * middle), static_cast<float>(quadratic)};
+  NR_svdcmpSPL4(matrix, size, 3, w, right);
+  quillmere::numerics::Truncate(w + 1, 3);
+  // Vectors count from 1.
+  NR_svbksbSPL4(matrix, w, right, size, 3, samples - 1, coefficients);
+  return {coefficients[1], coefficients[2], coefficients[3]};
+}
+
+SInt32 FitByPowers(const float* samples, SInt32 size, float* coefficients) {
+  float ratio = 0;
+  return NR_FitPolyLS(samples, size, coefficients, 3, &ratio);
 }
 
 void Store(const Parabola& parabola, float* constant, float* linear, float* quadratic) {
@@ -88,6 +92,23 @@ void NR_FitPieceOfParabolaTo7(const float* samples, float* constant, float* line
   Store(Fit<7>(samples), constant, linear, quadratic);
 }
 
+SInt32 NR_FitPieceOfParabolaTo4_new(const float* samples, float* coefficients) {
+  return FitByPowers(samples, 4, coefficients);
+}
+
+SInt32 NR_FitPieceOfParabolaTo5_new(const float* samples, float* coefficients) {
+  return FitByPowers(samples, 5, coefficients);
+}
+
+SInt32 NR_FitPieceOfParabolaTo7_new(const float* samples, float* coefficients) {
+  return FitByPowers(samples, 7, coefficients);
+}
+
+float NR_GetCenterValueOf5(const float* samples) {
+  const Parabola parabola = Fit<5>(samples);
+  return parabola.constant + 2 * parabola.linear + 4 * parabola.quadratic;
+}
+
 SInt32 NR_GetMinimumFrom4(const float* samples, float* position, float* value) {
   return LimitedExtremum(Fit<4>(samples), position, value);
 }
@@ -99,4 +120,36 @@ SInt32 NR_GetMinimumFrom5(const float* samples, float* position, float* value) {
 void NR_GetMinimumFrom7(const float* samples, float* position, float* value) {
   const Parabola parabola = Fit<7>(samples);
   StoreExtremum(parabola, parabola.Extremum(), position, value);
+}
+
+SInt32 NR_GetArrayMax(const float* samples, SInt32 count, float* value, float* position) {
+  float peak = -std::numeric_limits<float>::infinity();
+  SInt32 at = -1;
+  for (SInt32 i = 0; i < count; ++i) {
+    if (samples[i] > peak) {
+      peak = samples[i];
+      at = i;
+    }
+  }
+  if (at <= 0 || at == count - 1) return NR_NoClearExtrErr;
+  const float left = samples[at - 1];
+  const float right = samples[at + 1];
+  const float above_left = peak - left;
+  const float above_right = peak - right;
+  const float slope = left - right;
+  float c[3];
+  SInt32 start = at - 1;
+  if (above_left > slope && above_right > slope) {
+    NR_polcoeSPL(samples + start, 2, c);
+  } else if (at >= 2 && slope > above_left && left - samples[at - 2] > above_left) {
+    start = at - 2;
+    const SInt32 status = NR_FitPieceOfParabolaTo4_new(samples + start, c);
+    if (status != noErr) return status;
+  } else {
+    return NR_NoClearExtrErr;
+  }
+  const auto x = static_cast<float>(-0.5 * static_cast<double>(c[1]) / static_cast<double>(c[2]));
+  *value = c[1] * x + c[0] + c[2] * x * x;
+  *position = static_cast<float>(start) + x;
+  return noErr;
 }

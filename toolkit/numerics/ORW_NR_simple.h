@@ -53,3 +53,47 @@ SInt32 NR_SolveLinEq2(float* a, float* b);
 
 /// sqrt(a^2 + b^2) without overflow.
 float NR_pythag(float a, float b);
+
+// Least-squares fits.
+
+/// Fits `coefficient_count` coefficients of a polynomial, the constant first, to `count` samples at
+/// x = 0, 1, 2 ... (each count 1 to 16, or -50), by the flat decomposition with singular values
+/// below 1e-5 of the largest set to 0. `ratio` takes the smallest singular value over the largest,
+/// before that. 24001 is passed on.
+SInt32 NR_FitPolyLS(const float* samples, SInt32 count, float* coefficients,
+                    SInt32 coefficient_count, float* ratio);
+/// The taps whose sum with `count` samples is the value in their middle, (count - 1) / 2, of the
+/// polynomial fitted to them (Savitzky and Golay, Smoothing and differentiation of data by
+/// simplified least squares procedures, 1964). Bounds and statuses of NR_FitPolyLS.
+SInt32 NR_GetSavitzkiGolayFilter(float* taps, SInt32 count, SInt32 coefficient_count);
+/// Fits a plane to those of the bytes, a patch five pixels wide in rows, whose bits are set in
+/// `mask`: coefficients 1 to 3 are the constant, the slope across and the slope down.
+/// `residuals` takes sample less plane at the index of each set bit, the half added and cut toward
+/// zero; `chi_square` the sum of their squares over that of `sigma`. 24001 is passed on.
+SInt32 NR_FitGradient2D(const UInt8* samples, UInt32 mask, float sigma, float* coefficients,
+                        SInt32* residuals, float* chi_square);
+/// The least-squares line through integers at x = 0, 1, 2 ... in single precision, and the mean
+/// magnitude of what it leaves. Nothing is written for an empty list.
+void NR_fitEquiDistInts(const SInt32* samples, SInt32 count, float* intercept, float* slope,
+                        float* deviation);
+
+// Chebyshev series on an interval a to b, as their twins in ORW_NR_double.h.
+
+void NR_chebft(float a, float b, float* coefficients, SInt32 count, float (*function)(float));
+float NR_chebev(float a, float b, const float* coefficients, SInt32 count, float x);
+/// With a relative limit only.
+SInt32 NR_FindPolyApprToFuncOnInterval(float a, float b, float (*function)(float),
+                                       float relative_limit, SInt32 points, SInt32 most,
+                                       SInt32* count, float* out);
+
+// Interpolation by the polynomial through n nodes, 1 to 8 (else not-a-number), by Neville's tableau
+// (Neville, Iterative interpolation, 1934). Two equal nodes give a value that isn't finite.
+
+/// Nodes at first_x, first_x + spacing ...
+float NR_polintEq(float first_x, float spacing, const float* y, SInt32 n, float x);
+float NR_polintNV(const float* nodes, const float* y, SInt32 n, float x);
+/// The coefficients, the constant first, of the polynomial through the values at 0 to `degree` (0
+/// to 9; nothing is written beyond).
+void NR_polcoeSPL(const float* y, SInt32 degree, float* coefficients);
+/// The cubic through four values at -1, 0, 1 and 2.
+float NR_NevillInterpolation4(const float* y, float x);
