@@ -322,20 +322,6 @@ void SetScriptLimits(const ScriptLimits& limits) {
   components.limits = limits;
 }
 
-OSStatus ReadScriptFile(const FSRef& file, AEDesc* script_data) {
-  Size largest = 0;
-  {
-    Components& components = AllComponents();
-    const std::lock_guard lock(components.mutex);
-    largest = components.limits.memory;
-  }
-  std::string source;
-  std::string name;
-  const OSStatus status = ReadSource(file, largest, &source, &name);
-  if (status != noErr) return status;
-  return AECreateDesc(typeScript, source.data(), static_cast<Size>(source.size()), script_data);
-}
-
 }  // namespace quillmere::scripts
 
 using quillmere::OwnedDescriptor;

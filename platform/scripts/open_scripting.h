@@ -105,8 +105,4 @@ struct ScriptLimits {
 /// The limits of the components that are opened from now on.
 void SetScriptLimits(const ScriptLimits& limits);
 
-/// Reads a regular file into a `scpt` descriptor for OSALoad; statuses of files, memFullErr for one
-/// larger than the memory limit.
-OSStatus ReadScriptFile(const FSRef& file, AEDesc* script_data);
-
 }  // namespace quillmere::scripts

@@ -5,6 +5,8 @@
 
 #include "AE_basic.h"
 #include "GL_Errors.h"
+#include "GL_File_Data.h"
+#include "GL_Memory.h"
 #include "QT_Error_Keys.h"
 #include "cf_bundle.h"
 #include "reference_counted.h"
@@ -40,6 +42,16 @@ SInt32 FindScript(CFStringRef name, FSRef* file) {
   return CFURLGetFSRef(url.get(), file) ? SInt32{noErr} : GL_NoFSRefErr;
 }
 
+/// Reads a script into a descriptor for OSALoad.
+SInt32 ReadScript(const FSRef& file, AEDesc* script_data) {
+  void* bytes = nullptr;
+  UInt32 size = 0;
+  SInt32 status = GL_ReadAllDataFromDataFork(0, &file, &bytes, &size);
+  if (status == noErr) status = AECreateDesc(typeScript, bytes, Size{size}, script_data);
+  GL_DisposePtr(&bytes);
+  return status;
+}
+
 ComponentInstance OpenComponent() {
   return OpenDefaultComponent(kOSAComponentType, kAppleScriptSubtype);
 }
@@ -68,7 +80,7 @@ SInt32 AE_LoadCompiledScript(CFStringRef name, OSAID* outScriptID,
   FSRef file{};
   OwnedDescriptor script_data;
   SInt32 status = FindScript(name, &file);
-  if (status == noErr) status = quillmere::scripts::ReadScriptFile(file, script_data.get());
+  if (status == noErr) status = ReadScript(file, script_data.get());
   if (status != noErr) return status;
   auto* const component = OpenComponent();
   if (component == nullptr) return QT_NoComponentFoundErr;
