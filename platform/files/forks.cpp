@@ -1,8 +1,6 @@
 #include "forks.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <sys/statvfs.h>
 
 #include <algorithm>
 #include <array>
@@ -10,23 +8,25 @@
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <utility>
+
+#include "catalogue_changes.h"
+#include "extra_forks.h"
+#include "file_names.h"
+#include "fork_streams.h"
 
 namespace {
 
+using quillmere::files::ForkStream;
 using quillmere::files::StatusOfErrno;
 
 struct OpenFork {
   std::mutex mutex;
-  int descriptor = -1;
+  std::unique_ptr<ForkStream> stream;
   bool writable = false;
   SInt64 mark = 0;
-
-  OpenFork() = default;
-  OpenFork(const OpenFork&) = delete;
-  OpenFork& operator=(const OpenFork&) = delete;
-  ~OpenFork() {
-    if (descriptor >= 0) close(descriptor);
-  }
+  FSRef reference{};
+  std::string name;
 };
 
 constexpr std::size_t kMostForks = 4096;
@@ -62,22 +62,6 @@ OSErr AddFork(std::shared_ptr<OpenFork> open, FSIORefNum* fork) {
   return tmfoErr;
 }
 
-/// Opens the file for `permission`; -1 with errno on failure.
-int OpenFor(const std::filesystem::path& path, SInt8 permission, bool* writable) {
-  const auto open_with = [&path](int mode) {
-    return open(path.c_str(), mode | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
-  };
-  *writable = permission != fsRdPerm;
-  int descriptor = open_with(*writable ? O_RDWR : O_RDONLY);
-  // A file that may be written but not read.
-  if (descriptor < 0 && permission == fsWrPerm) descriptor = open_with(O_WRONLY);
-  if (descriptor < 0 && permission == fsCurPerm) {
-    *writable = false;
-    descriptor = open_with(O_RDONLY);
-  }
-  return descriptor;
-}
-
 /// The fork of a number, for one call at a time.
 class LockedFork {
  public:
@@ -93,13 +77,6 @@ class LockedFork {
   std::unique_lock<std::mutex> lock_;
 };
 
-OSErr SizeOf(const OpenFork& fork, SInt64* size) {
-  struct stat found;
-  if (fstat(fork.descriptor, &found) != 0) return StatusOfErrno(errno);
-  *size = found.st_size;
-  return noErr;
-}
-
 /// The position that a mode and an offset stand for.
 OSErr Position(const OpenFork& fork, UInt16 mode, SInt64 offset, SInt64* position) {
   SInt64 base = 0;
@@ -107,7 +84,7 @@ OSErr Position(const OpenFork& fork, UInt16 mode, SInt64 offset, SInt64* positio
   if (mode == fsAtMark) offset = 0;
   if (mode == fsAtMark || mode == fsFromMark) base = fork.mark;
   if (mode == fsFromLEOF) {
-    const OSErr status = SizeOf(fork, &base);
+    const OSErr status = fork.stream->Size(&base);
     if (status) return status;
   } else if (mode > fsFromMark) {
     return static_cast<OSErr>(paramErr);
@@ -145,24 +122,74 @@ OSErr Transfer(OpenFork* fork, UInt16 mode, SInt64 offset, ByteCount count, cons
   return status;
 }
 
+/// The name of a fork in UTF-8; empty for the data fork.
+OSErr NameOfFork(UInt32 length, const UniChar* units, std::string* name) {
+  name->clear();
+  if (length == 0) return noErr;
+  if (!units) return static_cast<OSErr>(paramErr);
+  const OSErr status = quillmere::files::BytesOfName(length, units, name);
+  const bool is_good = !status && name->size() <= quillmere::files::kMostForkNameBytes;
+  return is_good ? OSErr{noErr} : errFSBadForkName;
+}
+
+void GiveName(std::string_view name, HFSUniStr255* units) {
+  if (units) quillmere::files::UnitsOfName(name, units);
+}
+
+/// Finds a file, and the fork that a name of units means.
+OSErr FindFork(const FSRef* reference, UInt32 name_length, const UniChar* units,
+               quillmere::files::ObjectPlace* file, std::string* name) {
+  if (!reference) return static_cast<OSErr>(paramErr);
+  const OSErr status = NameOfFork(name_length, units, name);
+  if (status) return status;
+  const OSStatus found = quillmere::files::FindObject(*reference, file);
+  if (found) return static_cast<OSErr>(found);
+  return S_ISREG(file->info.stx_mode) ? OSErr{noErr} : permErr;
+}
+
+/// A fork that is open to be written for the length of one operation.
+class WriterOfFork {
+ public:
+  WriterOfFork(const FSRef* reference, UInt32 name_length, const UniChar* name) {
+    status_ = FSOpenFork(reference, name_length, name, fsRdWrPerm, &number_);
+  }
+  WriterOfFork(const WriterOfFork&) = delete;
+  WriterOfFork& operator=(const WriterOfFork&) = delete;
+  ~WriterOfFork() {
+    if (!status_) FSCloseFork(number_);
+  }
+  OSErr status() const { return status_; }
+  FSIORefNum number() const { return number_; }
+
+ private:
+  FSIORefNum number_ = 0;
+  OSErr status_ = noErr;
+};
+
+UInt64 RoundedToBlocks(const quillmere::files::ObjectPlace& file, UInt64 size) {
+  struct statvfs volume;
+  const bool is_known = fstatvfs(file.folder.get(), &volume) == 0 && volume.f_frsize > 0;
+  const UInt64 block = is_known ? volume.f_frsize : 4096;
+  return (size + block - 1) / block * block;
+}
+
 }  // namespace
 
-OSErr FSOpenFork(const FSRef* reference, UInt32 fork_name_length, const UniChar* /*fork_name*/,
+OSErr FSOpenFork(const FSRef* reference, UInt32 fork_name_length, const UniChar* fork_name,
                  SInt8 permission, FSIORefNum* fork) {
   if (fork) *fork = 0;
   if (!reference || !fork || permission < fsCurPerm || permission > fsRdWrPerm) {
     return static_cast<OSErr>(paramErr);
   }
-  if (fork_name_length != 0) return bdNamErr;
-  std::filesystem::path path;
-  const OSStatus status = quillmere::files::PathOf(*reference, &path);
-  if (status) return static_cast<OSErr>(status);
   auto open = std::make_shared<OpenFork>();
-  open->descriptor = OpenFor(path, permission, &open->writable);
-  if (open->descriptor < 0) return StatusOfErrno(errno);
-  struct stat found;
-  if (fstat(open->descriptor, &found) != 0) return StatusOfErrno(errno);
-  if (!S_ISREG(found.st_mode)) return permErr;
+  OSErr status = NameOfFork(fork_name_length, fork_name, &open->name);
+  if (status) return status;
+  quillmere::files::StreamOpening opening;
+  status = quillmere::files::OpenStream(*reference, open->name, permission, &opening);
+  if (status) return status;
+  open->stream = std::move(opening.stream);
+  open->writable = opening.is_writable;
+  open->reference = *reference;
   return AddFork(std::move(open), fork);
 }
 
@@ -173,10 +200,12 @@ OSErr FSWriteFork(FSIORefNum fork, UInt16 position_mode, SInt64 offset, ByteCoun
   if (!open) return rfNumErr;
   if (!open->writable) return wrPermErr;
   const auto* bytes = static_cast<const UInt8*>(buffer);
-  return Transfer(&*open, position_mode, offset, count, buffer, actual, dskFulErr,
-                  [&](ByteCount done, off_t place) {
-                    return pwrite(open->descriptor, bytes + done, count - done, place);
-                  });
+  const OSErr status = Transfer(&*open, position_mode, offset, count, buffer, actual, dskFulErr,
+                                [&](ByteCount done, SInt64 place) {
+                                  return open->stream->Write(bytes + done, count - done, place);
+                                });
+  const OSErr kept = open->stream->Settle();
+  return status ? status : kept;
 }
 
 OSErr FSReadFork(FSIORefNum fork, UInt16 position_mode, SInt64 offset, ByteCount count,
@@ -186,8 +215,8 @@ OSErr FSReadFork(FSIORefNum fork, UInt16 position_mode, SInt64 offset, ByteCount
   if (!open) return rfNumErr;
   auto* bytes = static_cast<UInt8*>(buffer);
   return Transfer(&*open, position_mode, offset, count, buffer, actual, eofErr,
-                  [&](ByteCount done, off_t place) {
-                    return pread(open->descriptor, bytes + done, count - done, place);
+                  [&](ByteCount done, SInt64 place) {
+                    return open->stream->Read(bytes + done, count - done, place);
                   });
 }
 
@@ -206,7 +235,7 @@ OSErr PBWriteForkSync(FSForkIOParam* transfer) {
 OSErr FSGetForkSize(FSIORefNum fork, SInt64* size) {
   if (!size) return static_cast<OSErr>(paramErr);
   const LockedFork open(fork);
-  return open ? SizeOf(*open, size) : rfNumErr;
+  return open ? open->stream->Size(size) : rfNumErr;
 }
 
 OSErr FSSetForkSize(FSIORefNum fork, UInt16 position_mode, SInt64 offset) {
@@ -214,11 +243,11 @@ OSErr FSSetForkSize(FSIORefNum fork, UInt16 position_mode, SInt64 offset) {
   if (!open) return rfNumErr;
   if (!open->writable) return wrPermErr;
   SInt64 size = 0;
-  const OSErr status = Position(*open, position_mode, offset, &size);
+  OSErr status = Position(*open, position_mode, offset, &size);
+  if (!status) status = open->stream->SetSize(size);
   if (status) return status;
-  if (ftruncate(open->descriptor, size) != 0) return StatusOfErrno(errno);
   open->mark = std::min(open->mark, size);
-  return noErr;
+  return open->stream->Settle();
 }
 
 OSErr FSGetForkPosition(FSIORefNum fork, SInt64* position) {
@@ -235,23 +264,152 @@ OSErr FSSetForkPosition(FSIORefNum fork, UInt16 position_mode, SInt64 offset) {
   SInt64 size = 0;
   SInt64 position = 0;
   OSErr status = Position(*open, position_mode, offset, &position);
-  if (!status) status = SizeOf(*open, &size);
+  if (!status) status = open->stream->Size(&size);
   if (status) return status;
   open->mark = std::min(position, size);
   return position > size ? eofErr : OSErr{noErr};
 }
 
 OSErr FSFlushFork(FSIORefNum fork) {
-  const std::shared_ptr<OpenFork> open = Find(fork);
-  if (!open) return rfNumErr;
-  return fdatasync(open->descriptor) == 0 ? OSErr{noErr} : StatusOfErrno(errno);
+  const LockedFork open(fork);
+  return open ? open->stream->Flush() : rfNumErr;
 }
 
 OSErr FSCloseFork(FSIORefNum fork) {
-  const std::shared_ptr<OpenFork> open = Find(fork);
+  const LockedFork open(fork);
   if (!open) return rfNumErr;
+  const OSErr status = open->stream->Close();
   ForkTable& table = Forks();
   const std::lock_guard lock(table.mutex);
   table.forks[static_cast<std::size_t>(fork - 1)].reset();
+  return status;
+}
+
+OSErr FSGetDataForkName(HFSUniStr255* name) {
+  if (!name) return static_cast<OSErr>(paramErr);
+  name->length = 0;
   return noErr;
 }
+
+OSErr FSGetResourceForkName(HFSUniStr255* name) {
+  if (!name) return static_cast<OSErr>(paramErr);
+  GiveName(quillmere::files::kResourceForkName, name);
+  return noErr;
+}
+
+OSErr FSCreateFork(const FSRef* reference, UInt32 fork_name_length, const UniChar* fork_name) {
+  quillmere::files::ObjectPlace file;
+  std::string name;
+  const OSErr status = FindFork(reference, fork_name_length, fork_name, &file, &name);
+  if (status) return status;
+  if (name.empty() || name == quillmere::files::kResourceForkName) return errFSForkExists;
+  if (quillmere::files::IsLocked(file.info)) return fLckdErr;
+  quillmere::files::ForkBytes present;
+  const OSStatus read = quillmere::files::ReadExtraFork(file, name, &present);
+  if (!read) return errFSForkExists;
+  if (read != errFSForkNotFound) return static_cast<OSErr>(read);
+  return static_cast<OSErr>(quillmere::files::WriteExtraFork(file, name, {}));
+}
+
+OSErr FSDeleteFork(const FSRef* reference, UInt32 fork_name_length, const UniChar* fork_name) {
+  quillmere::files::ObjectPlace file;
+  std::string name;
+  OSErr status = FindFork(reference, fork_name_length, fork_name, &file, &name);
+  if (status) return status;
+  const WriterOfFork writer(reference, fork_name_length, fork_name);
+  if (writer.status()) return writer.status();
+  status = FSSetForkSize(writer.number(), fsFromStart, 0);
+  if (status || name.empty()) return status;
+  return static_cast<OSErr>(quillmere::files::RemoveExtraFork(file, name));
+}
+
+OSErr FSIterateForks(const FSRef* reference, CatPositionRec* position, HFSUniStr255* name,
+                     SInt64* size, UInt64* physical_size) {
+  if (!position) return static_cast<OSErr>(paramErr);
+  quillmere::files::ObjectPlace file;
+  std::string data_fork;
+  const OSErr status = FindFork(reference, 0, nullptr, &file, &data_fork);
+  if (status) return status;
+  if (position->initialize == 0) {
+    GiveName(data_fork, name);
+    if (size) *size = static_cast<SInt64>(file.info.stx_size);
+    if (physical_size) *physical_size = file.info.stx_blocks * 512;
+    position->initialize = 1;
+    return noErr;
+  }
+  std::vector<quillmere::files::ExtraFork> forks;
+  const OSStatus listed = quillmere::files::ListExtraForks(file, &forks);
+  if (listed) return static_cast<OSErr>(listed);
+  const auto index = static_cast<UInt64>(position->initialize - 1);
+  if (position->initialize < 0 || index >= forks.size()) return errFSNoMoreItems;
+  ++position->initialize;
+  GiveName(forks[index].name, name);
+  if (size) *size = static_cast<SInt64>(forks[index].size);
+  if (physical_size) *physical_size = RoundedToBlocks(file, forks[index].size);
+  return noErr;
+}
+
+OSErr FSGetForkCBInfo(FSIORefNum fork, FSVolumeRefNum, SInt16* iterator, SInt16* actual_fork,
+                      FSForkCBInfo* info, FSRef* reference, HFSUniStr255* name) {
+  if (fork == 0 || iterator) return static_cast<OSErr>(paramErr);
+  const LockedFork open(fork);
+  if (!open) return rfNumErr;
+  if (actual_fork) *actual_fork = fork;
+  if (reference) *reference = open->reference;
+  GiveName(open->name, name);
+  FSCatalogInfo catalogue{};
+  const OSErr status = FSGetCatalogInfo(&open->reference, kFSCatInfoVolume | kFSCatInfoNodeID,
+                                        &catalogue, nullptr, nullptr, nullptr);
+  if (status || !info) return status;
+  SInt64 size = 0;
+  const OSErr sized = open->stream->Size(&size);
+  *info = {catalogue.volume, catalogue.nodeID, static_cast<UInt64>(open->mark),
+           static_cast<UInt64>(size), open->writable};
+  return sized;
+}
+
+namespace quillmere::files {
+
+OSErr ReplaceForkContent(FSIORefNum fork, std::span<const UInt8> bytes) {
+  ForkBytes old;
+  OSErr status = ReadForkContent(fork, &old);
+  const LockedFork open(fork);
+  if (status || !open) return status ? status : rfNumErr;
+  if (!open->writable) return wrPermErr;
+  const auto put = [&open](std::span<const UInt8> content) {
+    OSErr failure = open->stream->SetSize(static_cast<SInt64>(content.size()));
+    if (!failure && !content.empty() &&
+        open->stream->Write(content.data(), content.size(), 0) < 0) {
+      failure = StatusOfErrno(errno);
+    }
+    return failure;
+  };
+  status = put(bytes);
+  if (!status) status = open->stream->Flush();
+  if (status) put(old);
+  return status;
+}
+
+OSErr ReadForkContent(FSIORefNum fork, std::vector<UInt8>* bytes) {
+  bytes->clear();
+  SInt64 size = 0;
+  const OSErr status = FSGetForkSize(fork, &size);
+  if (status) return status;
+  if (static_cast<UInt64>(size) > kMostExtraForkBytes) return static_cast<OSErr>(memFullErr);
+  bytes->resize(static_cast<std::size_t>(size));
+  return FSReadFork(fork, fsFromStart, 0, bytes->size(), bytes->data(), nullptr);
+}
+
+OSStatus SizesOfResourceFork(const FSRef& reference, UInt64* logical, UInt64* physical) {
+  ObjectPlace file;
+  OSStatus status = FindObject(reference, &file);
+  std::vector<ExtraFork> forks;
+  if (!status) status = ListExtraForks(file, &forks);
+  if (status) return status;
+  const bool has_any = !forks.empty() && forks.front().name == kResourceForkName;
+  *logical = has_any ? forks.front().size : 0;
+  *physical = RoundedToBlocks(file, *logical);
+  return noErr;
+}
+
+}  // namespace quillmere::files

@@ -7,7 +7,7 @@
 
 #include "base_types.h"
 
-namespace quillmere::movies {
+namespace quillmere {
 
 inline UInt16 ReadU16(const UInt8* bytes) {
   return static_cast<UInt16>((bytes[0] << 8) | bytes[1]);
@@ -59,4 +59,4 @@ inline bool MultiplyFits(UInt64 a, UInt64 b, UInt64* result) {
   return !__builtin_mul_overflow(a, b, result);
 }
 
-}  // namespace quillmere::movies
+}  // namespace quillmere
