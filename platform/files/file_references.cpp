@@ -87,6 +87,17 @@ OSStatus FSPathMakeRef(const UInt8* path, FSRef* reference, Boolean* is_director
   return status;
 }
 
+OSStatus FSRefMakePath(const FSRef* reference, UInt8* path, UInt32 capacity) {
+  if (!reference || !path) return paramErr;
+  fs::path place;
+  const OSStatus status = quillmere::files::PathOf(*reference, &place);
+  if (status) return status;
+  const std::string& text = place.native();
+  if (text.size() >= capacity) return errFSNameTooLong;
+  std::memcpy(path, text.c_str(), text.size() + 1);
+  return noErr;
+}
+
 OSStatus FSGetHFSUniStrFromString(CFStringRef string, HFSUniStr255* name) {
   if (!name) return paramErr;
   const std::u16string_view units = quillmere::UnitsOf(string);

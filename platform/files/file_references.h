@@ -60,6 +60,9 @@ OSErr FSMakeFSRefUnicode(const FSRef* parent, UInt32 length, const UniChar* name
                          FSRef* reference);
 /// The reference of a POSIX path in UTF-8; `is_directory` may be null.
 OSStatus FSPathMakeRef(const UInt8* path, FSRef* reference, Boolean* is_directory);
+/// The object's path in UTF-8 with a zero byte, in a buffer of `capacity` bytes; errFSNameTooLong
+/// if it does not fit.
+OSStatus FSRefMakePath(const FSRef* reference, UInt8* path, UInt32 capacity);
 
 /// A name record of a string; errFSNameTooLong above 255 units.
 OSStatus FSGetHFSUniStrFromString(CFStringRef string, HFSUniStr255* name);

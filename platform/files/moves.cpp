@@ -91,20 +91,6 @@ OSStatus Move(const FSRef& reference, const ObjectPlace& from, const Target& to)
   return noErr;
 }
 
-/// Keeps the hint of a name's encoding. It is a hint: an object that can't keep it is renamed all
-/// the same.
-void KeepEncoding(const FSRef& reference, UInt32 encoding) {
-  if (encoding == kUnknownTextEncoding) return;
-  FSCatalogInfo info{};
-  info.textEncodingHint = encoding;
-  ObjectPlace place;
-  if (FindObject(reference, &place) != noErr) return;
-  const std::string attributes = AttributePath(place.folder.get(), place.name);
-  if (ReadCatalogueRecord(attributes).text_encoding != encoding) {
-    SetCatalogue(place, kFSCatInfoTextEncoding, info);
-  }
-}
-
 OSStatus GiveReference(const FSRef& reference, FSRef* new_reference) {
   if (!new_reference) return noErr;
   fs::path path;
@@ -216,6 +202,18 @@ class Exchange {
 };
 
 }  // namespace
+
+void KeepEncoding(const FSRef& reference, UInt32 encoding) {
+  if (encoding == kUnknownTextEncoding) return;
+  FSCatalogInfo info{};
+  info.textEncodingHint = encoding;
+  ObjectPlace place;
+  if (FindObject(reference, &place) != noErr) return;
+  const std::string attributes = AttributePath(place.folder.get(), place.name);
+  if (ReadCatalogueRecord(attributes).text_encoding != encoding) {
+    SetCatalogue(place, kFSCatInfoTextEncoding, info);
+  }
+}
 
 bool FormatExchangesFiles(std::string_view format) {
   static constexpr std::string_view kFormats[] = {"ext4",  "xfs",   "btrfs",   "f2fs",

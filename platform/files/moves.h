@@ -31,5 +31,8 @@ namespace quillmere::files {
 
 /// Whether volumes of a format exchange files by themselves.
 bool FormatExchangesFiles(std::string_view format);
+/// Keeps the hint of a name's encoding unless it is 65535 (unknown). It is a hint: an object that
+/// can't keep it goes without.
+void KeepEncoding(const FSRef& reference, UInt32 encoding);
 
 }  // namespace quillmere::files

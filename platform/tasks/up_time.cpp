@@ -3,6 +3,8 @@
 #include <chrono>
 #include <limits>
 
+#include "multiprocessing.h"
+
 namespace {
 
 constexpr UInt64 kPerMicrosecond = 1000;
@@ -21,6 +23,12 @@ AbsoluteTime UpTime() {
 UInt32 TickCount() {
   // A sixtieth of a second is 50,000,000 / 3 nanoseconds.
   return static_cast<UInt32>(AbsoluteToNanoseconds(UpTime()) * 3 / 50'000'000);
+}
+
+void Delay(UInt32 ticks, UInt32* final_ticks) {
+  const AbsoluteTime end = UpTime() + NanosecondsToAbsolute(UInt64{ticks} * 50'000'000 / 3);
+  MPDelayUntil(&end);
+  if (final_ticks) *final_ticks = TickCount();
 }
 
 Nanoseconds AbsoluteToNanoseconds(AbsoluteTime time) {

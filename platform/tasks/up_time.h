@@ -20,6 +20,8 @@ inline constexpr Duration kDurationForever = 0x7FFFFFFF;
 AbsoluteTime UpTime();
 /// The same in ticks, sixtieths of a second; goes on with 0 after 2^32 - 1.
 UInt32 TickCount();
+/// Waits for that many ticks; `final_ticks` (may be null) takes TickCount at the end.
+void Delay(UInt32 ticks, UInt32* final_ticks);
 
 Nanoseconds AbsoluteToNanoseconds(AbsoluteTime time);
 AbsoluteTime NanosecondsToAbsolute(Nanoseconds time);

@@ -1,31 +1,17 @@
 #include "MF_FileObjects.h"
 
-#include <cstring>
-
 #include "MF_trace_private.h"
-#include "catalogue.h"
+
+using quillmere::file_objects::Checked;
+using quillmere::file_objects::kCatalogFailed;
+using quillmere::file_objects::kSetCatalogFailed;
+using quillmere::file_objects::Trace;
 
 namespace {
 
-using quillmere::file_objects::Checked;
-using quillmere::file_objects::Trace;
-
-constexpr const char kCatalogFailed[] = "FSGetCatalogInfo failed";
-
-UInt16 Big16(const UInt8* bytes) {
-  return static_cast<UInt16>((bytes[0] << 8) | bytes[1]);
-}
-
-UInt32 Big32(const UInt8* bytes) {
-  return (UInt32{Big16(bytes)} << 16) | Big16(bytes + 2);
-}
-
-MF_FinderInfo NativeInfo(const UInt8* bytes) {
-  return {Big32(bytes),
-          Big32(bytes + 4),
-          Big16(bytes + 8),
-          {static_cast<SInt16>(Big16(bytes + 10)), static_cast<SInt16>(Big16(bytes + 12))},
-          Big16(bytes + 14)};
+SInt32 ReadInfo(const FSRef* reference, FSCatalogInfoBitmap mask, FSCatalogInfo* info) {
+  return Checked(FSGetCatalogInfo(reference, mask, info, nullptr, nullptr, nullptr),
+                 kCatalogFailed);
 }
 
 }  // namespace
@@ -54,9 +40,7 @@ SInt32 MF_FSGetNodeID(const FSRef* reference, UInt64* node_id, Boolean* is_direc
   const Trace trace("MF_FSGetNodeID");
   if (!node_id) return paramErr;
   FSCatalogInfo info{};
-  const SInt32 status = Checked(FSGetCatalogInfo(reference, kFSCatInfoNodeFlags | kFSCatInfoNodeID,
-                                                 &info, nullptr, nullptr, nullptr),
-                                kCatalogFailed);
+  const SInt32 status = ReadInfo(reference, kFSCatInfoNodeFlags | kFSCatInfoNodeID, &info);
   if (status) return status;
   *node_id = info.nodeID;
   if (is_directory) *is_directory = (info.nodeFlags & kFSNodeIsDirectoryMask) != 0;
@@ -67,25 +51,19 @@ SInt32 MF_FSGetVRefNum(const FSRef* reference, FSVolumeRefNum* volume) {
   const Trace trace("MF_FSGetVRefNum");
   if (!volume) return paramErr;
   FSCatalogInfo info{};
-  const SInt32 status =
-      Checked(FSGetCatalogInfo(reference, kFSCatInfoVolume, &info, nullptr, nullptr, nullptr),
-              kCatalogFailed);
+  const SInt32 status = ReadInfo(reference, kFSCatInfoVolume, &info);
   if (!status) *volume = info.volume;
   return status;
 }
 
-SInt32 MF_FSGetFinderInfo(const FSRef* reference, MF_FinderInfo* info,
-                          MF_ExtendedFinderInfo* extended, Boolean* is_directory) {
-  const Trace trace("MF_FSGetFinderInfo");
-  const FSCatalogInfoBitmap mask = (info ? kFSCatInfoFinderInfo : kFSCatInfoNone) |
-                                   (extended ? kFSCatInfoFinderXInfo : kFSCatInfoNone) |
-                                   (is_directory ? kFSCatInfoNodeFlags : kFSCatInfoNone);
-  FSCatalogInfo found{};
-  const SInt32 status =
-      Checked(FSGetCatalogInfo(reference, mask, &found, nullptr, nullptr, nullptr), kCatalogFailed);
+SInt32 MF_FSCopyFileMgrAttributes(const FSRef* source, const FSRef* destination,
+                                  Boolean copy_lock_bit) {
+  const Trace trace("MF_FSCopyFileMgrAttributes");
+  FSCatalogInfo info{};
+  const SInt32 status = ReadInfo(source, kFSCatInfoSettableInfo, &info);
   if (status) return status;
-  if (info) *info = NativeInfo(found.finderInfo);
-  if (extended) std::memcpy(extended->bytes, found.extFinderInfo, sizeof(extended->bytes));
-  if (is_directory) *is_directory = (found.nodeFlags & kFSNodeIsDirectoryMask) != 0;
-  return noErr;
+  constexpr std::size_t kUpperFlags = 8;  // in the Finder information
+  info.finderInfo[kUpperFlags] &= static_cast<UInt8>(~(kHasBeenInited >> 8));
+  if (!copy_lock_bit) info.nodeFlags &= static_cast<UInt16>(~kFSNodeLockedMask);
+  return Checked(FSSetCatalogInfo(destination, kFSCatInfoSettableInfo, &info), kSetCatalogFailed);
 }

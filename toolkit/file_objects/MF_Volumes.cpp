@@ -7,9 +7,9 @@
 namespace {
 
 using quillmere::file_objects::Checked;
+using quillmere::file_objects::kCatalogFailed;
 using quillmere::file_objects::Trace;
 
-constexpr const char kCatalogFailed[] = "FSGetCatalogInfo failed";
 constexpr const char kVolumeInfoFailed[] = "FSGetVolumeInfo failed";
 
 }  // namespace

@@ -5,6 +5,10 @@
 
 namespace quillmere::file_objects {
 
+/// Messages of checks that several sources make.
+inline constexpr const char kCatalogFailed[] = "FSGetCatalogInfo failed";
+inline constexpr const char kSetCatalogFailed[] = "FSSetCatalogInfo failed";
+
 /// Traces a function of this library to its end.
 class Trace : debug::Trace {
  public:
