@@ -39,3 +39,14 @@ SInt32 GL_WriteFileNoCache(FSIORefNum fork, UInt16 position_mode, SInt64 offset,
                            const void* buffer, Boolean force_read);
 SInt32 GL_ReadFileNoCache(FSIORefNum fork, UInt16 position_mode, SInt64 offset, UInt32 count,
                           void* buffer);
+
+/// Whether the forks of a file are open for writing elsewhere; each output may be null. The data
+/// fork comes first, and a failure there leaves out the other.
+SInt32 GL_IsFileOpenForWriting(const FSRef* file, Boolean* resource_fork_open,
+                               Boolean* data_fork_open);
+/// Makes the forks and the settable information of `destination`, a file that is there, those of
+/// `source`. One block of memory holds each fork; GL_NotSmallFileErr for a fork of 4 GiB or more.
+SInt32 GL_CopySmallFile(const FSRef* source, const FSRef* destination);
+/// For developers: joins the data forks of two files that the user chooses into a new file
+/// "MyTestMovie" beside the first, as its resource fork and its data fork.
+SInt32 GL_RezWack();

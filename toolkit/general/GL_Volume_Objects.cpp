@@ -4,10 +4,15 @@
 #include "GL_Strings_Unicode.h"
 #include "GL_Volumes.h"
 #include "MF_FileObjects.h"
+#include "launch_services.h"
+#include "uniform_types.h"
 #include "up_time.h"
 
 namespace {
 
+using quillmere::Owned;
+
+constexpr SInt32 kAllRoles = -1;
 constexpr UInt32 kTicksPerSecond = 60;
 constexpr UInt8 kCanNotWrite = 0x7;
 
@@ -59,6 +64,27 @@ SInt32 MiddleOf(const FSRef& parent, UInt16 kind, std::string* text) {
 }
 
 }  // namespace
+
+SInt32 GL_GetFileUTI(CFURLRef url, CFStringRef* type) {
+  if (type == nullptr) return paramErr;
+  *type = nullptr;
+  FSRef file{};
+  if (!CFURLGetFSRef(url, &file)) return fnfErr;
+  Owned<CFTypeRef> extension;
+  SInt32 status = LSCopyItemAttribute(&file, kAllRoles, kLSItemExtension, extension.out());
+  if (status == noErr) {
+    *type = UTTypeCreatePreferredIdentifierForTag(
+        kUTTagClassFilenameExtension, static_cast<CFStringRef>(extension.get()), kUTTypeData);
+  }
+  if (*type != nullptr || (status != noErr && status != kLSAttributeNotFoundErr)) return status;
+  MF_FinderInfo info{};
+  Boolean is_folder = 0;
+  status = MF_FSGetFinderInfo(&file, &info, nullptr, &is_folder);
+  if (status != noErr || is_folder || info.fileType == 0) return status;
+  const Owned<CFStringRef> code(UTCreateStringForOSType(info.fileType));
+  *type = UTTypeCreatePreferredIdentifierForTag(kUTTagClassOSType, code.get(), kUTTypeData);
+  return noErr;
+}
 
 SInt32 GL_UserHasWritePrivilegeToSomeFolder(const FSRef* folder, UInt32 max_levels,
                                             UInt32 timeout_seconds, Boolean* has) {

@@ -62,6 +62,20 @@ OSType MountSignature(FSVolumeRefNum volume, UInt16 size) {
   return header.media;
 }
 
+/// What tells whether two objects lie in the same file system of a server.
+struct SystemPlace {
+  Boolean is_network;
+  UInt16 filesystem_id;  ///< the one that an alias of the object holds
+};
+
+SInt32 FindSystem(const FSRef* reference, SystemPlace* place) {
+  FSVolumeRefNum volume = 0;
+  SInt32 status = MF_FSGetVRefNum(reference, &volume);
+  if (status == noErr) status = GL_IsNetworkVolume(nullptr, volume, &place->is_network);
+  if (status != noErr || !place->is_network) return status;
+  return MF_FSGetVolFileSystemID(volume, &place->filesystem_id, nullptr);
+}
+
 }  // namespace
 
 SInt32 GL_IsVolume(const FSRef* reference, Boolean* is_volume) {
@@ -313,5 +327,18 @@ SInt32 GL_VolumesOnSameDisk(FSVolumeRefNum a, FSVolumeRefNum b, Boolean* same) {
   SInt32 status = GL_VolumeToBSDNodeName(a, node_a);
   if (status == noErr) status = GL_VolumeToBSDNodeName(b, node_b);
   if (status == noErr) *same = GL_EqualCStringMP(node_a, node_b, kGL_NodeNameSize - 1);
+  return status;
+}
+
+SInt32 GL_FileObjectsOnSameSystem(const FSRef* a, const FSRef* b, Boolean* same) {
+  if (same == nullptr) return paramErr;
+  SystemPlace place_a{};
+  SystemPlace place_b{};
+  SInt32 status = FindSystem(a, &place_a);
+  if (status == noErr) status = FindSystem(b, &place_b);
+  if (status == noErr) {
+    *same =
+        place_a.is_network == place_b.is_network && place_a.filesystem_id == place_b.filesystem_id;
+  }
   return status;
 }

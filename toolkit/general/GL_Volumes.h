@@ -7,6 +7,7 @@
 
 #include "base_types.h"
 #include "cf_strings.h"
+#include "cf_urls.h"
 #include "file_dates.h"
 #include "file_references.h"
 #include "volumes.h"
@@ -84,12 +85,17 @@ GL_VolumeKind GL_GetVolumeKind(const FSRef* reference);
 /// What the user may not do with an object: kioACUser bits (catalogue.h).
 SInt32 GL_GetDirAccess(const FSRef* reference, UInt8* rights);
 SInt32 GL_FileHasCustomIcon(const FSRef* reference, Boolean* has);
+/// The uniform type of a file, by its extension, or else its file type; null if neither leads to
+/// one. The caller releases it.
+SInt32 GL_GetFileUTI(CFURLRef url, CFStringRef* type);
 
 // Comparisons.
 
 SInt32 GL_FileObjectsOnSameVolume(const FSRef* a, const FSRef* b, Boolean* same);
 /// By the names of their device nodes.
 SInt32 GL_VolumesOnSameDisk(FSVolumeRefNum a, FSVolumeRefNum b, Boolean* same);
+/// Whether both objects are local, or lie in the same file system of a server.
+SInt32 GL_FileObjectsOnSameSystem(const FSRef* a, const FSRef* b, Boolean* same);
 
 // Others.
 

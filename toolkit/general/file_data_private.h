@@ -28,6 +28,11 @@ class UsedFork {
   SInt32 OpenDataFork(const FSRef* file, SInt8 permission) {
     return Opened(GL_OpenDataFork(file, permission, &number_));
   }
+  SInt32 OpenResourceFork(const FSRef* file, SInt8 permission) {
+    HFSUniStr255 name{};
+    const SInt32 status = FSGetResourceForkName(&name);
+    return status != noErr ? status : Use(0, file, name.length, name.unicode, permission);
+  }
   FSIORefNum number() const { return number_; }
 
  private:
