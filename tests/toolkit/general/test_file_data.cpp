@@ -8,6 +8,7 @@
 #include "GL_BlockMove.h"
 #include "GL_File_Data.h"
 #include "GL_Memory.h"
+#include "catalogue.h"
 #include "test_files.h"
 
 namespace {
@@ -235,6 +236,58 @@ TEST_F(FileData, ReadsAndWritesOpenForksAndFiles) {
   EXPECT_EQ(noErr, GL_ReadAllDataFromDataFork(0, &file, &all, &count));
   EXPECT_EQ(Content(), std::string(static_cast<char*>(all), count));
   GL_DisposePtr(&all);
+}
+
+/// A fork of a file as a whole.
+std::string ForkOf(const FSRef& file, bool resource) {
+  HFSUniStr255 name{};
+  EXPECT_EQ(noErr, resource ? FSGetResourceForkName(&name) : FSGetDataForkName(&name));
+  void* bytes = nullptr;
+  UInt32 count = 0;
+  EXPECT_EQ(noErr, GL_ReadDataFromFork(0, &file, name.length, name.unicode, &bytes, 0, fsFromStart,
+                                       0, &count));
+  const std::string text(static_cast<const char*>(bytes), count);
+  GL_DisposePtr(&bytes);
+  return text;
+}
+
+TEST_F(FileData, SmallFilesAreCopiedWithBothForksAndTheirInformation) {
+  HFSUniStr255 resource{};
+  ASSERT_EQ(noErr, FSGetResourceForkName(&resource));
+  UInt32 count = 8;
+  ASSERT_EQ(noErr, GL_WriteDataToFork(0, &file, resource.length, resource.unicode, "resource", 0,
+                                      fsFromStart, 0, &count));
+  FSCatalogInfo info{};
+  std::memcpy(info.finderInfo, "TEXTabcd\x05", 9);  // inited, and has a custom icon
+  info.contentModDate = quillmere::files::DateOfUnixTime(1'000'000, 0);
+  ASSERT_EQ(noErr, FSSetCatalogInfo(&file, kFSCatInfoFinderInfo | kFSCatInfoContentMod, &info));
+  WriteFile(folder / "copy", "longer than the other one");
+  FSRef copy{};
+  ASSERT_EQ(noErr, quillmere::files::ReferenceOf(folder / "copy", &copy));
+  ASSERT_EQ(noErr, GL_CopySmallFile(&file, &copy));
+  EXPECT_EQ("0123456789", ForkOf(copy, false));
+  EXPECT_EQ("resource", ForkOf(copy, true));
+  FSCatalogInfo read{};
+  ASSERT_EQ(noErr, FSGetCatalogInfo(&copy, kFSCatInfoFinderInfo | kFSCatInfoContentMod, &read,
+                                    nullptr, nullptr, nullptr));
+  EXPECT_EQ(0, std::memcmp(read.finderInfo, "TEXTabcd\x04", 9));
+  EXPECT_TRUE(read.contentModDate == info.contentModDate);
+  const FSRef none{};
+  EXPECT_NE(noErr, GL_CopySmallFile(&file, &none));
+}
+
+TEST_F(FileData, ForksOpenForWritingAreKnown) {
+  Boolean data = 9;
+  Boolean resource = 9;
+  EXPECT_EQ(noErr, GL_IsFileOpenForWriting(&file, &resource, &data));
+  EXPECT_EQ(0, data);
+  EXPECT_EQ(0, resource);
+  Open();
+  EXPECT_EQ(noErr, GL_IsFileOpenForWriting(&file, &resource, &data));
+  EXPECT_EQ(1, data);
+  EXPECT_EQ(0, resource);
+  const FSRef none{};
+  EXPECT_EQ(errFSBadFSRef, GL_IsFileOpenForWriting(&none, &resource, &data));
 }
 
 }  // namespace
