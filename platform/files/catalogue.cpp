@@ -12,6 +12,7 @@
 #include "file_specifications.h"
 #include "finder_information.h"
 #include "folder_names.h"
+#include "forks.h"
 
 namespace fs = std::filesystem;
 
@@ -111,6 +112,14 @@ OSStatus ReadSizes(const ObjectView& object, FSCatalogInfoBitmap mask, FSCatalog
   if (mask & kFSCatInfoDataSizes) {
     out->dataLogicalSize = is_folder ? 0 : object.info.stx_size;
     out->dataPhysicalSize = is_folder ? 0 : object.info.stx_blocks * kDiskBlock;
+  }
+  if (mask & kFSCatInfoRsrcSizes) {
+    out->rsrcLogicalSize = 0;
+    out->rsrcPhysicalSize = 0;
+    FSRef file;
+    OSStatus status = S_ISREG(object.info.stx_mode) ? ReferenceOf(object.Path(), &file) : fnfErr;
+    if (!status) status = SizesOfResourceFork(file, &out->rsrcLogicalSize, &out->rsrcPhysicalSize);
+    if (status && status != fnfErr) return status;
   }
   if (!(mask & kFSCatInfoValence)) return noErr;
   out->valence = 0;

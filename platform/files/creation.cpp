@@ -90,6 +90,17 @@ OSStatus RemoveFolder(const ObjectPlace& place) {
                                                                      : StatusOfErrno(errno);
 }
 
+/// Whether somebody holds a lock on bytes of a file, as each writer of a fork does.
+bool IsBusy(const ObjectPlace& place) {
+  if (!S_ISREG(place.info.stx_mode)) return false;
+  const Descriptor file(openat(place.folder.get(), place.name.c_str(),
+                               O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  return file.IsOpen() && fcntl(file.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
 OSStatus Remove(const ObjectPlace& place) {
   if (IsVolumeRoot(place.info, place.path)) return fBsyErr;
   if (IsLocked(place.info)) return fLckdErr;
@@ -102,6 +113,17 @@ OSStatus Remove(const ObjectPlace& place) {
   // The object has gone; a sidecar that stays behind is shown nowhere and taken for no other's.
   RemoveStraySidecar(place.folder.get(), place.name);
   return noErr;
+}
+
+enum class BusyFiles { kStay, kGo };
+
+OSErr FindAndRemove(const FSRef* reference, BusyFiles busy) {
+  if (!reference) return static_cast<OSErr>(paramErr);
+  ObjectPlace place;
+  OSStatus status = FindObject(*reference, &place);
+  if (!status && busy == BusyFiles::kStay && IsBusy(place)) status = fBsyErr;
+  if (!status) status = Remove(place);
+  return static_cast<OSErr>(status);
 }
 
 }  // namespace
@@ -137,13 +159,9 @@ OSErr FSCreateDirectoryUnicode(const FSRef* parent, UInt32 length, const UniChar
 }
 
 OSErr FSDeleteObject(const FSRef* reference) {
-  return FSUnlinkObject(reference);
+  return quillmere::files::FindAndRemove(reference, quillmere::files::BusyFiles::kStay);
 }
 
 OSErr FSUnlinkObject(const FSRef* reference) {
-  if (!reference) return static_cast<OSErr>(paramErr);
-  quillmere::files::ObjectPlace place;
-  OSStatus status = quillmere::files::FindObject(*reference, &place);
-  if (!status) status = quillmere::files::Remove(place);
-  return static_cast<OSErr>(status);
+  return quillmere::files::FindAndRemove(reference, quillmere::files::BusyFiles::kGo);
 }

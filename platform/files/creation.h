@@ -24,8 +24,8 @@ OSErr FSCreateDirectoryUnicode(const FSRef* parent, UInt32 length, const UniChar
                                FSRef* reference, FSSpec* spec, UInt32* directory_id);
 
 /// Deletes a file with its sidecar, a link itself, or an empty folder. fBsyErr for a folder that
-/// holds something, for the root of a volume, and for a file that this process has a fork of open;
-/// fLckdErr for a locked object.
+/// holds something, for the root of a volume, and for a busy file: one on whose bytes somebody
+/// holds a lock, as whoever has a fork of it open for writing; fLckdErr for a locked object.
 OSErr FSDeleteObject(const FSRef* reference);
-/// The same, also for a file with open forks: its bytes stay until they are closed.
+/// The same, also for a busy file: its bytes stay until it is closed.
 OSErr FSUnlinkObject(const FSRef* reference);
