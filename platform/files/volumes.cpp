@@ -19,6 +19,7 @@
 #include <string_view>
 
 #include "mount_table.h"
+#include "moves.h"
 
 namespace fs = std::filesystem;
 
