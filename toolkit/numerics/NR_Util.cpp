@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 
 namespace {
 
@@ -17,7 +18,8 @@ SInt64 Length(SInt32 low, SInt32 high) {
 template <class T>
 T* Block(SInt32 low, SInt64 count) {
   if (count < 0 || static_cast<UInt64>(count) >= PTRDIFF_MAX / sizeof(T)) return nullptr;
-  auto* block = static_cast<T*>(std::malloc((static_cast<std::size_t>(count) + 1) * sizeof(T)));
+  auto* block = static_cast<T*>(
+      ::operator new((static_cast<std::size_t>(count) + 1) * sizeof(T), std::nothrow));
   return block == nullptr ? nullptr : block + kFront - low;
 }
 
@@ -30,7 +32,7 @@ T* Block(SInt32 low, SInt64 count, const char* message) {
 
 template <class T>
 void Release(T* block, SInt32 low) {
-  if (block != nullptr) std::free(block + low - kFront);
+  if (block != nullptr) ::operator delete(block + low - kFront);
 }
 
 /// A table of the rows `low` to `high`, of `length` elements each from `first` on.

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "ORW_NR_simple.h"
@@ -16,6 +17,19 @@ constexpr SInt32 kMostDegree = 9;
 constexpr SInt32 kPatchWidth = 5;
 constexpr SInt32 kMaskBits = 32;
 constexpr SInt32 kStride = 4;
+
+/// The pixel of the lowest bit of a mask.
+struct PatchPlace {
+  explicit PatchPlace(UInt32 mask) : bit(std::countr_zero(mask)) {
+    const std::div_t place = std::div(bit, kPatchWidth);
+    across = static_cast<float>(place.rem);
+    down = static_cast<float>(place.quot);
+  }
+
+  SInt32 bit;
+  float across = 0;
+  float down = 0;
+};
 
 template <class Node, class Difference>
 float Interpolate(Node node, Difference difference, const float* y, SInt32 n, float x) {
@@ -45,14 +59,14 @@ SInt32 NR_FitGradient2D(const UInt8* samples, UInt32 mask, float sigma, float* c
   float w[kStride];
   float b[kMaskBits + 1];
   SInt32 rows = 0;
+  float* row = matrix;
   for (UInt32 rest = mask; rest != 0; rest &= rest - 1) {
-    const SInt32 bit = std::countr_zero(rest);
-    ++rows;
-    float* row = matrix + rows * kStride;
+    const PatchPlace place(rest);
+    row += kStride;
     row[1] = 1;
-    row[2] = static_cast<float>(bit % kPatchWidth);
-    row[3] = static_cast<float>(bit / kPatchWidth);
-    b[rows] = samples[bit];
+    row[2] = place.across;
+    row[3] = place.down;
+    b[++rows] = samples[place.bit];
   }
   const SInt32 status = NR_svdcmpSPL4(matrix, rows, 3, w, right);
   if (status != noErr) return status;
@@ -60,11 +74,10 @@ SInt32 NR_FitGradient2D(const UInt8* samples, UInt32 mask, float sigma, float* c
   NR_svbksbSPL4(matrix, w, right, rows, 3, b, coefficients);
   *chi_square = 0;
   for (UInt32 rest = mask; rest != 0; rest &= rest - 1) {
-    const SInt32 bit = std::countr_zero(rest);
-    const float d = static_cast<float>(samples[bit]) - coefficients[1] -
-                    coefficients[2] * static_cast<float>(bit % kPatchWidth) -
-                    coefficients[3] * static_cast<float>(bit / kPatchWidth);
-    residuals[bit] = static_cast<SInt32>(static_cast<double>(d) + 0.5);
+    const PatchPlace place(rest);
+    const float d = static_cast<float>(samples[place.bit]) - coefficients[1] -
+                    coefficients[2] * place.across - coefficients[3] * place.down;
+    residuals[place.bit] = static_cast<SInt32>(std::trunc(static_cast<double>(d) + 0.5));
     *chi_square += d * d / (sigma * sigma);
   }
   return noErr;

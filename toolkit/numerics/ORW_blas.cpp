@@ -64,26 +64,35 @@ bool IsSmall(SInt32 rows, SInt32 columns) {
   return rows <= kSmall && columns <= kSmall;
 }
 
-/// y = A x or A' x, with A stored in `rows` x `columns`.
+/// Element (i, j) of the factor is a[i * down + j * across].
 template <class T>
-void MatrixVector(bool transposed, SInt32 rows, SInt32 columns, const T* a, const T* x, T* y) {
-  if (!IsSmall(rows, columns)) {
-    if (rows <= 0 || columns <= 0) {
-      std::fill_n(y, Count(transposed ? columns : rows), T{0});
-      return;
-    }
-    return Blas::Gemv(transposed ? Blas::kTransposed : Blas::kPlain, rows, columns, a, x, y);
-  }
-  const std::size_t height = Count(transposed ? columns : rows);
-  const std::size_t width = Count(transposed ? rows : columns);
-  const std::size_t down = transposed ? 1 : width;
-  const std::size_t across = transposed ? height : 1;
+inline void ApplySmall(std::size_t height, std::size_t width, const T* a, std::size_t down,
+                       std::size_t across, const T* x, T* y) {
   for (std::size_t i = 0; i < height; ++i) {
     T sum = 0;
     for (std::size_t j = 0; j < width; ++j)
       sum += a[i * down + j * across] * x[j];
     y[i] = sum;
   }
+}
+
+/// y = A x or A' x, with A stored in `rows` x `columns`.
+template <class T>
+inline void MatrixVector(bool transposed, SInt32 rows, SInt32 columns, const T* a, const T* x,
+                         T* y) {
+  if (rows == 3 && columns == 3) {
+    if (transposed) return ApplySmall<T>(3, 3, a, 1, 3, x, y);
+    return ApplySmall<T>(3, 3, a, 3, 1, x, y);
+  }
+  const std::size_t height = Count(transposed ? columns : rows);
+  const std::size_t width = Count(transposed ? rows : columns);
+  if (IsSmall(rows, columns))
+    return ApplySmall(height, width, a, transposed ? 1 : width, transposed ? height : 1, x, y);
+  if (rows <= 0 || columns <= 0) {
+    std::fill_n(y, height, T{0});
+    return;
+  }
+  Blas::Gemv(transposed ? Blas::kTransposed : Blas::kPlain, rows, columns, a, x, y);
 }
 
 /// Element (i, k) of the first factor is a[i * a_down + k * a_across], the second likewise.
