@@ -33,7 +33,7 @@ fs::path Home() {
 fs::path UserFolder(const char* variable, const char* beneath_home) {
   if (const char* path = std::getenv(variable); path && path[0] == '/') return path;
   const fs::path home = Home();
-  return home.empty() ? home : home / beneath_home;
+  return home.empty() ? fs::path() : home / beneath_home;
 }
 
 fs::path DataFolder() {
@@ -51,7 +51,7 @@ fs::path LogsFolder() {
 
 fs::path VideosFolder() {
   const fs::path home = Home();
-  if (home.empty()) return home;
+  if (home.empty()) return {};
   std::vector<UInt8> bytes;
   std::string folder;
   if (ReadWholeFile(PreferencesFolder() / "user-dirs.dirs", kLargestUserDirs, &bytes) == noErr) {

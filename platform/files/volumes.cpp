@@ -105,13 +105,6 @@ UInt16 FlagsOf(const Mount& mount) {
                              (mount.is_read_only ? kFSVolFlagSoftwareLockedMask : 0));
 }
 
-/// Whether two files of the mount can be exchanged in one step.
-bool ExchangesFiles(const Mount& mount) {
-  static constexpr std::array<std::string_view, 6> kTypes = {"ext4", "xfs",   "btrfs",
-                                                             "f2fs", "tmpfs", "bcachefs"};
-  return std::find(kTypes.begin(), kTypes.end(), mount.type) != kTypes.end();
-}
-
 /// 0 for the formats that keep all that files here have; others by their names.
 UInt16 FilesystemID(const std::string& type) {
   static constexpr std::array<std::string_view, 13> kOwnFormats = {
@@ -317,7 +310,7 @@ OSErr PBHGetVolParmsSync(FSVolumeRefNum volume, ByteCount buffer_size,
   }
   all.vMExtendedAttributes =
       kSupportsHFSPlusAPIs |
-      (quillmere::files::ExchangesFiles(*mount) ? kSupportsExchangeFiles : 0);
+      (quillmere::files::FormatExchangesFiles(mount->type) ? kSupportsExchangeFiles : 0);
   all.vMDeviceID = mount->is_network ? nullptr : DeviceNode(*mount);
   all.vMMaxNameLength = 255;
   const ByteCount size = std::min<ByteCount>(buffer_size, sizeof(all));
