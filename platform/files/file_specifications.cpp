@@ -92,6 +92,10 @@ OSStatus MakeSpecification(const ObjectView& object, FSSpec* spec) {
   } else {
     name = ClassicName(object.name, object.info.stx_ino);
   }
+  // So that the folder is found again by its number.
+  FSRef folder;
+  const OSStatus seen = ReferenceOf(object.folder_path, &folder);
+  if (seen) return seen;
   *spec = {info.volume, info.parentDirID, {}};
   spec->name[0] = static_cast<UInt8>(name.size());
   std::memcpy(spec->name + 1, name.data(), name.size());

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "GL_File.h"
+#include "GL_File_Creation.h"
 #include "ORW_Debug.h"
 #include "catalogue.h"
 #include "creation.h"

@@ -44,9 +44,23 @@ SInt32 GL_IsFileInFolder(const FSRef* folder, const HFSUniStr255* name, FSRef* r
 /// 1 if the folder holds an object of exactly that name.
 Boolean GL_IsFileNameInFolder(const FSRef* folder, const HFSUniStr255* name);
 
-/// Makes a folder. What already has the name counts as success, whatever it is, and `folder` (may
-/// be null) takes it.
-SInt32 GL_CreateFolder(const FSRef* parent, const HFSUniStr255* name, FSRef* folder);
+/// Finds a sub-folder and gives it in `*folder`; with `create` set one that is missing is made, and
+/// `*created` tells so. fnfErr if there is none, also where the name is that of a file; then no
+/// folder is made. `created` may be null.
+SInt32 GL_FindFolderInFolderUni(const FSRef* parent, const HFSUniStr255* name, FSRef* folder,
+                                Boolean create, Boolean* created);
+SInt32 GL_FindFolderInFolder(const FSRef* parent, CFStringRef name, FSRef* folder, Boolean create,
+                             Boolean* created);
+/// Finds an object by its name, without regard to case, or makes a file of that creator and type if
+/// `create` is set; `*created` (may be null) tells so. fnfErr if there is none.
+SInt32 GL_FindCreateFileInFolder(const FSRef* folder, CFStringRef name, FSRef* file, OSType creator,
+                                 OSType type, Boolean create, Boolean* created);
+/// Copies references of the other objects in the file's folder whose name, without an extension of
+/// up to 8 characters and without regard to case, is the file's, to `array`, at most `capacity`;
+/// the rest of it is cleared. `*count` tells how many.
+SInt32 GL_FindFilesWithSameNameInSameFolder(const FSRef* file, FSRef* array, SInt32 capacity,
+                                            SInt32* count);
+
 /// Opens a file's data fork; `permission` is one of forks.h. The caller closes it.
 SInt32 GL_OpenDataFork(const FSRef* file, SInt8 permission, SInt16* fork);
 
