@@ -83,7 +83,9 @@ TEST_F(ExtraForksTest, ForksOfEverySizeComeBack) {
     EXPECT_EQ(quillmere::test::Bytes({'d', 'a', 't', 'a'}), ReadFile(path));
     // Two of 3,800 bytes may be too much for the attributes of one file.
     const bool is_small = size <= 1900;
-    if (is_small || size > 3800) EXPECT_EQ(is_small ? 1U : 2U, FilesInFolder()) << size;
+    if (is_small || size > 3800) {
+      EXPECT_EQ(is_small ? 1U : 2U, FilesInFolder()) << size;
+    }
   }
 }
 
