@@ -184,6 +184,9 @@ TEST_F(FileData, RemovesAndReplaces) {
   EXPECT_EQ(paramErr, GL_ClearFile(fork, 2, 7, 0));
   EXPECT_EQ(paramErr, GL_ClearFile(fork, 2, -1, 4));
   EXPECT_EQ(paramErr, GL_ReplaceDataInFile(0, nullptr, 3, "abc"));
+  EXPECT_EQ(opWrErr, GL_RemoveAllDataFromFile(&file));
+  EXPECT_EQ(noErr, FSCloseFork(fork));
+  fork = 0;
   EXPECT_EQ(noErr, GL_RemoveAllDataFromFile(&file));
   EXPECT_EQ("", Content());
 }
