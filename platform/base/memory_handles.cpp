@@ -86,14 +86,6 @@ void DisposeHandle(Handle handle) {
   SetMemError(noErr);
 }
 
-void ReleaseResource(Handle handle) {
-  if (handle && (HGetState(handle) & kHandleResourceMask) == 0) {
-    SetMemError(resNotFound);
-  } else {
-    DisposeHandle(handle);
-  }
-}
-
 Size GetHandleSize(Handle handle) {
   SetMemError(handle ? noErr : nilHandleErr);
   return handle ? RecordOf(handle)->size : 0;

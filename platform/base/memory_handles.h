@@ -16,9 +16,6 @@ inline constexpr SInt8 kHandleLockedMask = static_cast<SInt8>(0x80);
 inline constexpr SInt8 kHandlePurgeableMask = 0x40;
 inline constexpr SInt8 kHandleResourceMask = 0x20;
 
-/// A handle that is no resource was given where a resource is needed.
-inline constexpr OSStatus resNotFound = -192;
-
 /// The status of the calling thread's last memory call.
 OSErr MemError();
 
@@ -34,9 +31,6 @@ Handle NewHandle(Size size);
 Handle NewHandleClear(Size size);
 /// Frees a handle; null is allowed.
 void DisposeHandle(Handle handle);
-/// Frees a handle that has kHandleResourceMask set. Any other stays, with resNotFound as MemError;
-/// null is allowed.
-void ReleaseResource(Handle handle);
 
 /// The block's size in bytes; 0 for null.
 Size GetHandleSize(Handle handle);

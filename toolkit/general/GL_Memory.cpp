@@ -5,6 +5,8 @@
 #include <cstring>
 #include <limits>
 
+#include "resources.h"
+
 using quillmere::SetMemError;
 
 namespace {

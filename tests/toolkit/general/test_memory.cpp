@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "GL_Memory.h"
+#include "resources.h"
 
 namespace {
 
@@ -117,7 +118,7 @@ TEST(Memory, HandlesBecomeBlocksAndBack) {
 TEST(Memory, ResourcesAreReleased) {
   Handle handle = NewHandle(3);
   ReleaseResource(handle);  // none, so it stays
-  EXPECT_EQ(MemError(), resNotFound);
+  EXPECT_EQ(ResError(), resNotFound);
   EXPECT_EQ(GetHandleSize(handle), 3);
   HSetState(handle, kHandleResourceMask);
   GL_DisposeHandle(&handle);
