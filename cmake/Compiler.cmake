@@ -20,7 +20,8 @@ target_compile_options(quillmere_options INTERFACE
   -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # False alarms of GCC 12 inside its own string and vector at -O3 (GCC bugs 105329 and 105651).
-  target_compile_options(quillmere_options INTERFACE -Wno-restrict -Wno-stringop-overread)
+  target_compile_options(quillmere_options INTERFACE
+    $<$<CONFIG:Release>:-Wno-restrict> $<$<CONFIG:Release>:-Wno-stringop-overread>)
 endif()
 target_compile_definitions(quillmere_options INTERFACE _FILE_OFFSET_BITS=64)
 

@@ -118,7 +118,7 @@ void TakeBytes(Resource* resource) {
 Handle TakeHandle(Resource* resource) {
   TakeBytes(resource);
   resource->is_in_handle = false;
-  const Handle handle = std::exchange(resource->handle, nullptr);
+  Handle handle = std::exchange(resource->handle, nullptr);
   HSetState(handle, static_cast<SInt8>(HGetState(handle) & ~kHandleResourceMask));
   return handle;
 }
@@ -287,7 +287,7 @@ void GetResInfo(Handle handle, SInt16* id, ResType* type, UInt8* name) {
   if (type) *type = resource->type;
   if (!name) return;
   name[0] = static_cast<UInt8>(resource->name.size());
-  std::memcpy(name + 1, resource->name.data(), resource->name.size());
+  std::copy(resource->name.begin(), resource->name.end(), name + 1);
 }
 
 void AddResource(Handle handle, ResType type, SInt16 id, const UInt8* name) {

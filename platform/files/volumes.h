@@ -59,8 +59,8 @@ inline constexpr SInt32 kHasFileIDs = 1 << 6;
 inline constexpr SInt32 kHasCatSearch = 1 << 7;
 inline constexpr SInt32 kHasMoveRename = 1 << 13;
 inline constexpr SInt32 kHasCopyFile = 1 << 14;
-/// Bits of `vMExtendedAttributes`: Unicode names and forks; exchanges the content of files by itself
-/// (FSExchangeObjects).
+/// Bits of `vMExtendedAttributes`: Unicode names and forks; exchanges the content of files by
+/// itself (FSExchangeObjects).
 inline constexpr SInt32 kSupportsHFSPlusAPIs = 0x2;
 inline constexpr SInt32 kSupportsExchangeFiles = 0x8;
 

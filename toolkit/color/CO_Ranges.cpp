@@ -1,7 +1,8 @@
 #include "CO_Ranges.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cmath>
+#include <cstdio>
 #include <string>
 
 #include "GL_Strings_Reports.h"
@@ -9,6 +10,7 @@
 namespace {
 
 constexpr SInt32 kMostBits = 31;
+constexpr std::size_t kNameRoom = 32;  // of CO_GetRangeName
 
 bool IsFullRangeDepth(SInt32 bits) {
   return bits >= 1 && bits <= kMostBits;
@@ -52,7 +54,7 @@ UInt32 VideoCodeOfUnit(double x, SInt32 bits, SInt32 span, SInt32 zero) {
 }  // namespace
 
 void CO_GetRangeName(SInt32 rangeType, char* text) {
-  std::strcpy(text, NameOfRange(rangeType));
+  std::snprintf(text, kNameRoom, "%s", NameOfRange(rangeType));
 }
 
 void CO_AddRangeFieldDescrToTextPtr(char* buffer, SInt32* length, CFStringRef fieldName,
@@ -73,7 +75,7 @@ double CO_UIntToUnitInterval(UInt32 value, SInt32 bits) {
 UInt32 CO_UnitIntervalToUInt(double x, SInt32 bits) {
   if (!IsFullRangeDepth(bits)) return 0;
   const UInt32 highest = (UInt32{1} << bits) - 1;
-  return static_cast<UInt32>(Limited(x, 0.0, 1.0) * highest + 0.5);
+  return static_cast<UInt32>(std::trunc(Limited(x, 0.0, 1.0) * highest + 0.5));
 }
 
 double CO_SIntToUnitInterval(SInt32 value, SInt32 bits) {
@@ -90,7 +92,7 @@ double CO_SIntToUnitInterval(SInt32 value, SInt32 bits) {
 SInt32 CO_UnitIntervalToSInt(double x, SInt32 bits) {
   if (!IsFullRangeDepth(bits)) return 0;
   const double span = static_cast<double>((SInt64{1} << bits) - 2);
-  return static_cast<SInt32>(Limited(x, -0.5, 0.5) * span + 0.5);
+  return static_cast<SInt32>(std::trunc(Limited(x, -0.5, 0.5) * span + 0.5));
 }
 
 double CO_UIntVRToUnitInterval(UInt32 value, SInt32 bits, Boolean clamp) {

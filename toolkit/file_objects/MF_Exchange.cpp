@@ -1,4 +1,4 @@
-#include <iterator>
+#include <span>
 #include <utility>
 
 #include "MF_FileObjects.h"
@@ -80,12 +80,14 @@ class CompatibleExchange {
 
   /// A failure puts everything back.
   SInt32 Run() {
-    for (std::size_t i = 0; i < std::size(kSteps); ++i) {
-      const SInt32 status = (this->*kSteps[i])();
+    std::size_t done = 0;
+    for (const auto step : kSteps) {
+      const SInt32 status = (this->*step)();
       if (status) {
-        RollBack(i);
+        RollBack(done);
         return status;
       }
+      ++done;
     }
     return noErr;
   }
@@ -142,9 +144,9 @@ class CompatibleExchange {
       &CompatibleExchange::ReturnSource,    &CompatibleExchange::RenameDestinationBack,
       &CompatibleExchange::RenameSourceBack};
 
-  void RollBack(std::size_t failed_step) {
-    for (std::size_t i = std::size(kUndoSteps) - failed_step; i < std::size(kUndoSteps); ++i)
-      (this->*kUndoSteps[i])();
+  void RollBack(std::size_t steps_done) {
+    for (const auto step : std::span(kUndoSteps).last(steps_done))
+      (this->*step)();
   }
 
   Side source_{};
