@@ -108,7 +108,9 @@ TEST_F(ResourcesTest, AFailingUpdateKeepsTheOldOnes) {
   bool has_failed = true;
   for (SInt64 step = 0; has_failed && step < 20; ++step) {
     number = Open(fsRdWrPerm);
-    RemoveResource(Get1Resource("TEXT"_4cc, 1));
+    Handle removed = Get1Resource("TEXT"_4cc, 1);
+    RemoveResource(removed);
+    DisposeHandle(removed);
     Handle big = HandleOf(std::string(9000, 'b'));
     AddResource(big, "TEXT"_4cc, 2, nullptr);
     {
