@@ -1,4 +1,5 @@
-/// Big-endian fields in bytes. None of these checks bounds: callers know that the bytes are there.
+/// Big-endian fields in bytes. Readers and writers check no bounds: callers know that the bytes are
+/// there, by SliceOf.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +9,14 @@
 #include "base_types.h"
 
 namespace quillmere {
+
+/// The `length` bytes from `offset` on; false if there are not that many.
+inline bool SliceOf(std::span<const UInt8> bytes, UInt64 offset, UInt64 length,
+                    std::span<const UInt8>* slice) {
+  if (offset > bytes.size() || length > bytes.size() - offset) return false;
+  *slice = bytes.subspan(offset, length);
+  return true;
+}
 
 inline UInt16 ReadU16(const UInt8* bytes) {
   return static_cast<UInt16>((bytes[0] << 8) | bytes[1]);

@@ -271,8 +271,9 @@ std::vector<UInt8> MakeAliasRecord(const fs::path& path, const fs::path& from) {
   const FSCatalogInfo parent = CatalogueOf(folder);
   const FSCatalogInfo target = CatalogueOf(path);
   FSVolumeInfo on{};
-  FSGetVolumeInfo(parent.volume, 0, nullptr, kFSVolInfoCreateDate | kFSVolInfoFSInfo, &on, nullptr,
-                  nullptr);
+  // The folder that holds the root of a volume lies on another one.
+  FSGetVolumeInfo(target.volume != 0 ? target.volume : parent.volume, 0, nullptr,
+                  kFSVolInfoCreateDate | kFSVolInfoFSInfo, &on, nullptr, nullptr);
   const bool is_folder = (target.nodeFlags & kFSNodeIsDirectoryMask) != 0;
   std::vector<UInt8> record(kFixedSize);
   UInt8* fixed = record.data();

@@ -13,6 +13,7 @@
 
 #include "big_endian.h"
 #include "file_calls.h"
+#include "finder_information.h"
 #include "sidecars.h"
 
 namespace quillmere::files {
@@ -24,8 +25,7 @@ constexpr std::size_t kCountAt = 24;
 constexpr std::size_t kHeaderSize = 26;
 constexpr std::size_t kEntrySize = 12;
 constexpr UInt32 kResourceForkEntry = 2;
-constexpr UInt32 kFinderEntry = 9;
-constexpr std::size_t kFinderSize = 32;
+constexpr std::size_t kFinderSize = sizeof(FinderInformation::bytes);
 /// The block of attributes: number, tag, end of the data, start of the data, its length, three
 /// reserved words, flags, count.
 constexpr UInt32 kAttributeMagic = "ATTR"_4cc;
@@ -38,12 +38,6 @@ constexpr SInt64 kMostBytes = SInt64{1} << 30;
 
 using Bytes = std::span<const UInt8>;
 
-bool Slice(Bytes bytes, UInt64 offset, UInt64 length, Bytes* slice) {
-  if (offset > bytes.size() || length > bytes.size() - offset) return false;
-  *slice = bytes.subspan(offset, length);
-  return true;
-}
-
 ForkBytes Copy(Bytes bytes) {
   return {bytes.begin(), bytes.end()};
 }
@@ -55,7 +49,7 @@ std::size_t AttributeEntryEnd(std::size_t at, std::size_t name_length) {
 /// Reads the attributes of a block that starts at `at`.
 bool ParseAttributes(Bytes bytes, std::size_t at, AppleDouble* sidecar) {
   Bytes header;
-  if (!Slice(bytes, at, kAttributeHeaderSize, &header)) return false;
+  if (!SliceOf(bytes, at, kAttributeHeaderSize, &header)) return false;
   const std::size_t count = ReadU16(header.data() + 34);
   at += kAttributeHeaderSize;
   UInt64 total = 0;
@@ -63,10 +57,10 @@ bool ParseAttributes(Bytes bytes, std::size_t at, AppleDouble* sidecar) {
     Bytes entry;
     Bytes name;
     Bytes value;
-    if (!Slice(bytes, at, kAttributeEntrySize, &entry)) return false;
+    if (!SliceOf(bytes, at, kAttributeEntrySize, &entry)) return false;
     const std::size_t name_length = entry[10];
-    if (name_length < 2 || !Slice(bytes, at + kAttributeEntrySize, name_length, &name) ||
-        !Slice(bytes, ReadU32(entry.data()), ReadU32(entry.data() + 4), &value)) {
+    if (name_length < 2 || !SliceOf(bytes, at + kAttributeEntrySize, name_length, &name) ||
+        !SliceOf(bytes, ReadU32(entry.data()), ReadU32(entry.data() + 4), &value)) {
       return false;
     }
     // Values that lie over each other would take more memory than the file has bytes.
@@ -179,21 +173,28 @@ void AppleDouble::Set(std::string_view name, const ForkBytes* value) {
   }
 }
 
-bool ParseAppleDouble(std::span<const UInt8> bytes, AppleDouble* sidecar) {
-  *sidecar = {};
+bool ReadAppleDoubleTable(std::span<const UInt8> bytes, std::vector<AppleDoubleRow>* rows) {
+  rows->clear();
   if (bytes.size() < kHeaderSize || ReadU32(bytes.data()) != kMagic) return false;
   const std::size_t count = ReadU16(bytes.data() + kCountAt);
+  Bytes table;
+  if (!SliceOf(bytes, kHeaderSize, count * kEntrySize, &table)) return false;
+  for (; !table.empty(); table = table.subspan(kEntrySize))
+    rows->push_back({ReadU32(table.data()), ReadU32(table.data() + 4), ReadU32(table.data() + 8)});
+  return true;
+}
+
+bool ParseAppleDouble(std::span<const UInt8> bytes, AppleDouble* sidecar) {
+  *sidecar = {};
+  std::vector<AppleDoubleRow> rows;
+  if (!ReadAppleDoubleTable(bytes, &rows)) return false;
   UInt64 total = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    Bytes row;
+  for (const auto& [number, offset, length] : rows) {
     Bytes entry;
-    if (!Slice(bytes, kHeaderSize + i * kEntrySize, kEntrySize, &row)) return false;
-    const UInt32 number = ReadU32(row.data());
-    const UInt32 offset = ReadU32(row.data() + 4);
-    if (!Slice(bytes, offset, ReadU32(row.data() + 8), &entry)) return false;
+    if (!SliceOf(bytes, offset, length, &entry)) return false;
     total += entry.size();
     if (total > bytes.size()) return false;
-    if (number == kFinderEntry) {
+    if (number == kFinderInformationEntry) {
       if (!sidecar->finder_information.empty() ||
           !ParseFinderEntry(bytes, offset, entry, sidecar)) {
         return false;
@@ -214,7 +215,6 @@ bool BuildAppleDouble(const AppleDouble& sidecar, ForkBytes* bytes) {
   bytes->resize(kHeaderSize + count * kEntrySize);
   WriteU32(bytes->data(), kMagic);
   WriteU32(bytes->data() + 4, kVersion);
-  std::memcpy(bytes->data() + 8, "Mac OS X        ", 16);
   WriteU16(bytes->data() + kCountAt, static_cast<UInt16>(count));
   std::size_t row = kHeaderSize;
   const auto note = [&](UInt32 number, std::size_t start) {
@@ -236,7 +236,7 @@ bool BuildAppleDouble(const AppleDouble& sidecar, ForkBytes* bytes) {
     bytes->resize(bytes->size() + kAttributePadding);
     AppendAttributes(sidecar.attributes, bytes->size(), bytes);
   }
-  note(kFinderEntry, finder);
+  note(kFinderInformationEntry, finder);
   for (const AppleDouble::Entry& entry : sidecar.others)
     append(entry.number, entry.bytes);
   append(kResourceForkEntry, sidecar.resource_fork);

@@ -15,6 +15,9 @@
 
 namespace quillmere::files {
 
+/// The entry of a sidecar that holds the Finder information.
+inline constexpr UInt32 kFinderInformationEntry = 9;
+
 using ForkBytes = std::vector<UInt8>;
 
 struct AppleDouble {
@@ -39,6 +42,15 @@ struct AppleDouble {
   void Set(std::string_view name, const ForkBytes* value);
 };
 
+/// A row of a sidecar's table.
+struct AppleDoubleRow {
+  UInt32 number;
+  UInt32 offset;
+  UInt32 length;
+};
+/// Reads the table at the front of a sidecar; where its entries lie is not looked at. False if the
+/// bytes are no sidecar or do not hold the whole table.
+bool ReadAppleDoubleTable(std::span<const UInt8> bytes, std::vector<AppleDoubleRow>* rows);
 /// Reads a sidecar from bytes that nobody vouches for; false if it is damaged.
 bool ParseAppleDouble(std::span<const UInt8> bytes, AppleDouble* sidecar);
 /// Writes one; false if it does not fit into 32 bits or a name is too long.

@@ -6,9 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <vector>
 
+#include "apple_double.h"
+#include "big_endian.h"
 #include "descriptor.h"
 #include "file_calls.h"
 #include "file_references.h"
@@ -18,18 +19,9 @@ namespace quillmere::files {
 namespace {
 
 constexpr char kAttribute[] = "user.com.apple.FinderInfo";
-constexpr UInt32 kAppleDoubleMagic = 0x00051607;
-constexpr UInt32 kFinderInformationEntry = 9;
-constexpr std::size_t kHeaderSize = 26;
-constexpr std::size_t kEntrySize = 12;
 /// The head of a sidecar holds its entries and the Finder information; forks behind it are not
 /// read.
 constexpr std::size_t kSidecarHead = std::size_t{64} * 1024;
-
-UInt32 Read32(std::span<const UInt8> bytes, std::size_t at) {
-  return (UInt32{bytes[at]} << 24) | (UInt32{bytes[at + 1]} << 16) | (UInt32{bytes[at + 2]} << 8) |
-         UInt32{bytes[at + 3]};
-}
 
 /// Reads the information of an object's sidecar; false if it has none with any.
 bool ReadFromSidecar(const std::filesystem::path& path, FinderInformation* information) {
@@ -45,27 +37,22 @@ bool ReadFromSidecar(const std::filesystem::path& path, FinderInformation* infor
 }  // namespace
 
 OSType FinderInformation::Type() const {
-  return Read32(bytes, 0);
+  return ReadU32(bytes);
 }
 
 OSType FinderInformation::Creator() const {
-  return Read32(bytes, 4);
+  return ReadU32(bytes + 4);
 }
 
 bool FinderInformationInSidecar(std::span<const UInt8> sidecar, FinderInformation* information) {
-  if (sidecar.size() < kHeaderSize || Read32(sidecar, 0) != kAppleDoubleMagic) return false;
-  const std::size_t count = (std::size_t{sidecar[24]} << 8) | sidecar[25];
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t entry = kHeaderSize + i * kEntrySize;
-    if (entry + kEntrySize > sidecar.size()) return false;
-    if (Read32(sidecar, entry) != kFinderInformationEntry) continue;
-    const std::size_t offset = Read32(sidecar, entry + 4);
-    const std::size_t length = Read32(sidecar, entry + 8);
-    if (length < sizeof(information->bytes) || offset > sidecar.size() ||
-        sidecar.size() - offset < sizeof(information->bytes)) {
-      return false;
-    }
-    std::memcpy(information->bytes, sidecar.data() + offset, sizeof(information->bytes));
+  std::vector<AppleDoubleRow> rows;
+  if (!ReadAppleDoubleTable(sidecar, &rows)) return false;
+  for (const auto& [number, offset, length] : rows) {
+    if (number != kFinderInformationEntry) continue;
+    constexpr std::size_t kSize = sizeof(information->bytes);
+    std::span<const UInt8> bytes;
+    if (length < kSize || !SliceOf(sidecar, offset, kSize, &bytes)) return false;
+    std::copy(bytes.begin(), bytes.end(), information->bytes);
     return true;
   }
   return false;

@@ -23,19 +23,15 @@ constexpr UInt32 kMostData = 0xFFFFFF;
 
 using Bytes = std::span<const UInt8>;
 
-bool Slice(Bytes bytes, UInt64 offset, UInt64 length, Bytes* slice) {
-  if (offset > bytes.size() || length > bytes.size() - offset) return false;
-  *slice = bytes.subspan(offset, length);
-  return true;
-}
-
 /// The parts of a fork while it is read.
 struct Parts {
   Bytes data;
   Bytes map;
   Bytes types;  ///< from the start of the list of types on
   Bytes names;
-  UInt64 bytes_taken = 0;  ///< by all resources; those of a sound fork do not lie over each other
+  // Taken by all resources; those of a sound fork do not lie over each other.
+  UInt64 data_taken = 0;
+  UInt64 map_taken = 0;
 };
 
 bool ParseReference(Bytes reference, OSType type, Parts* parts, ResourceMap* map) {
@@ -47,22 +43,24 @@ bool ParseReference(Bytes reference, OSType type, Parts* parts, ResourceMap* map
   const UInt32 data_at = ReadU32(reference.data() + 4) & kMostData;
   Bytes length;
   Bytes content;
-  if (!Slice(parts->data, data_at, 4, &length) ||
-      !Slice(parts->data, UInt64{data_at} + 4, ReadU32(length.data()), &content)) {
+  if (!SliceOf(parts->data, data_at, 4, &length) ||
+      !SliceOf(parts->data, UInt64{data_at} + 4, ReadU32(length.data()), &content)) {
     return false;
   }
-  parts->bytes_taken += content.size() + 4;
-  if (parts->bytes_taken > parts->data.size()) return false;
-  resource.bytes.assign(content.begin(), content.end());
+  parts->data_taken += content.size() + 4;
+  parts->map_taken += kReferenceSize;
   if (name_at != kNoName) {
     Bytes name;
-    if (!Slice(parts->names, name_at, 1, &length) ||
-        !Slice(parts->names, std::size_t{name_at} + 1, length[0], &name)) {
+    if (!SliceOf(parts->names, name_at, 1, &length) ||
+        !SliceOf(parts->names, std::size_t{name_at} + 1, length[0], &name)) {
       return false;
     }
+    parts->map_taken += name.size() + 1;
     resource.has_name = true;
     resource.name.assign(name.begin(), name.end());
   }
+  if (parts->data_taken > parts->data.size() || parts->map_taken > parts->map.size()) return false;
+  resource.bytes.assign(content.begin(), content.end());
   map->resources.push_back(std::move(resource));
   return true;
 }
@@ -74,15 +72,15 @@ std::size_t CountOf(UInt16 written) {
 
 bool ParseTypes(Parts* parts, ResourceMap* map) {
   Bytes count;
-  if (!Slice(parts->types, 0, 2, &count)) return false;
+  if (!SliceOf(parts->types, 0, 2, &count)) return false;
   for (std::size_t i = 0; i < CountOf(ReadU16(count.data())); ++i) {
     Bytes type;
-    if (!Slice(parts->types, 2 + i * kTypeSize, kTypeSize, &type)) return false;
+    if (!SliceOf(parts->types, 2 + i * kTypeSize, kTypeSize, &type)) return false;
     const std::size_t references = CountOf(ReadU16(type.data() + 4));
     const std::size_t list = ReadU16(type.data() + 6);
     for (std::size_t j = 0; j < references; ++j) {
       Bytes reference;
-      if (!Slice(parts->types, list + j * kReferenceSize, kReferenceSize, &reference) ||
+      if (!SliceOf(parts->types, list + j * kReferenceSize, kReferenceSize, &reference) ||
           !ParseReference(reference, ReadU32(type.data()), parts, map)) {
         return false;
       }
@@ -120,12 +118,12 @@ void WriteHeader(std::size_t data_size, std::size_t map_size, UInt8* header) {
 bool ParseResourceMap(std::span<const UInt8> fork, ResourceMap* map) {
   *map = {};
   Bytes header;
-  if (!Slice(fork, 0, kHeaderSize, &header)) return false;
+  if (!SliceOf(fork, 0, kHeaderSize, &header)) return false;
   const UInt32 data_at = ReadU32(header.data());
   const UInt32 map_at = ReadU32(header.data() + 4);
   Parts parts;
-  if (!Slice(fork, data_at, ReadU32(header.data() + 8), &parts.data) ||
-      !Slice(fork, map_at, ReadU32(header.data() + 12), &parts.map) ||
+  if (!SliceOf(fork, data_at, ReadU32(header.data() + 8), &parts.data) ||
+      !SliceOf(fork, map_at, ReadU32(header.data() + 12), &parts.map) ||
       parts.map.size() < kMapHeaderSize) {
     return false;
   }

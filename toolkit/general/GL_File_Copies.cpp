@@ -1,14 +1,12 @@
 #include "GL_File_Data.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 #include "GL_Errors.h"
 #include "MF_FileObjects.h"
 #include "NS_Navigation.h"
 #include "catalogue.h"
-#include "creation.h"
 #include "file_data_private.h"
 
 namespace {
@@ -81,10 +79,7 @@ SInt32 CreateMovieBeside(const FSRef* file, FSRef* movie) {
   SInt32 status = MF_FSGetParentRef(file, &folder);
   if (status == noErr) status = FSGetHFSUniStrFromString(CFSTR("MyTestMovie"), &name);
   if (status != noErr) return status;
-  FSCatalogInfo info{};
-  std::memcpy(info.finderInfo, "MooVTVOD", 8);
-  return FSCreateFileUnicode(&folder, name.length, name.unicode, kFSCatInfoFinderInfo, &info, movie,
-                             nullptr);
+  return GL_CreateFile(&folder, &name, "TVOD"_4cc, "MooV"_4cc, 0, movie);
 }
 
 }  // namespace

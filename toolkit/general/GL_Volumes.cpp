@@ -9,6 +9,7 @@
 #include "GL_Strings_Unicode.h"
 #include "MF_FileObjects.h"
 #include "MF_Volumes.h"
+#include "aliases.h"
 #include "folders.h"
 #include "volume_mounting.h"
 
@@ -73,7 +74,14 @@ SInt32 FindSystem(const FSRef* reference, SystemPlace* place) {
   SInt32 status = MF_FSGetVRefNum(reference, &volume);
   if (status == noErr) status = GL_IsNetworkVolume(nullptr, volume, &place->is_network);
   if (status != noErr || !place->is_network) return status;
-  return MF_FSGetVolFileSystemID(volume, &place->filesystem_id, nullptr);
+  AliasHandle alias = nullptr;
+  status = FSNewAlias(nullptr, reference, &alias);
+  if (status != noErr) return status;
+  FSAliasInfo info{};
+  status = FSCopyAliasInfo(alias, nullptr, nullptr, nullptr, nullptr, &info);
+  DisposeHandle(alias);
+  place->filesystem_id = info.filesystemID;
+  return status;
 }
 
 }  // namespace

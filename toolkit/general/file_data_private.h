@@ -2,6 +2,7 @@
 #pragma once
 
 #include "GL_File.h"
+#include "GL_File_Creation.h"
 #include "GL_Memory.h"
 #include "forks.h"
 
@@ -29,9 +30,7 @@ class UsedFork {
     return Opened(GL_OpenDataFork(file, permission, &number_));
   }
   SInt32 OpenResourceFork(const FSRef* file, SInt8 permission) {
-    HFSUniStr255 name{};
-    const SInt32 status = FSGetResourceForkName(&name);
-    return status != noErr ? status : Use(0, file, name.length, name.unicode, permission);
+    return Opened(GL_OpenResourceFork(file, permission, &number_));
   }
   FSIORefNum number() const { return number_; }
 
