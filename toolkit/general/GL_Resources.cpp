@@ -1,6 +1,5 @@
 #include "GL_Resources.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "GL_Memory.h"
@@ -136,7 +135,7 @@ SInt32 GL_Get1Resource(ResFileRefNum file, ResType type, SInt16 index, SInt16* i
   if (status != noErr) return status;
   const bool is_by_id = index == 0 && id != nullptr && *id != 0;
   Handle found =
-      is_by_id ? Get1Resource(type, *id) : Get1IndResource(type, std::max<SInt16>(index, 1));
+      is_by_id ? Get1Resource(type, *id) : Get1IndResource(type, index == 0 ? SInt16{1} : index);
   status = GL_ResError(found);
   if (status == noErr && !is_by_id && id != nullptr) {
     GetResInfo(found, id, nullptr, nullptr);

@@ -323,6 +323,12 @@ TEST(DictionaryValues, AnAliasIsRenewedOnlyWhenItsTargetHasMoved) {
   EXPECT_EQ(CF_UpdateAliasInDict(dictionary.get(), Key(), &found, &was_changed), noErr);
   EXPECT_EQ(was_changed, 0);
   EXPECT_EQ(CFDictionaryGetValue(dictionary.get(), Key()), stored);
+  fs::rename(folder / "file", folder / "renamed");
+  EXPECT_EQ(CF_UpdateAliasInDict(dictionary.get(), Key(), &found, &was_changed), noErr);
+  EXPECT_EQ(was_changed, 1);
+  EXPECT_EQ(FSCompareFSRefs(&found, &file), noErr);
+  EXPECT_EQ(CF_UpdateAliasInDict(dictionary.get(), Key(), &found, &was_changed), noErr);
+  EXPECT_EQ(was_changed, 0);  // the new alias leads straight there
   EXPECT_EQ(CF_UpdateAliasInDict(dictionary.get(), Key(), &found, nullptr), paramErr);
   EXPECT_EQ(CF_UpdateAliasInDict(dictionary.get(), CFSTR("none"), &found, &was_changed), fnfErr);
 }
