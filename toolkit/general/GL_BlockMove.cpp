@@ -27,8 +27,7 @@ class Move {
   Move(FSIORefNum fork, bool force_read, SInt64 size, SInt64 buffer_size,
        GL_MoveProgressProc progress, void* ref_con)
       : fork_(fork),
-        io_mode_(static_cast<UInt16>(fsFromStart | noCacheMask |
-                                     (force_read ? forceReadMask : 0))),
+        io_mode_(static_cast<UInt16>(fsFromStart | noCacheMask | (force_read ? forceReadMask : 0))),
         size_(size),
         buffer_size_(buffer_size),
         remaining_(size),
@@ -173,8 +172,8 @@ SInt32 GL_WritePartOfBufferFromLeft(FSIORefNum fork, UInt16 io_mode, void* buffe
                                     SInt64* write_position, SInt64 count, SInt64* remaining,
                                     SInt64* held) {
   auto* const bytes = static_cast<char*>(buffer);
-  const SInt32 status = FSWriteFork(fork, io_mode, *write_position, static_cast<ByteCount>(count),
-                                    bytes, nullptr);
+  const SInt32 status =
+      FSWriteFork(fork, io_mode, *write_position, static_cast<ByteCount>(count), bytes, nullptr);
   if (status != noErr) return status;
   *write_position += count;
   *remaining -= count;
