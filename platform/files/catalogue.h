@@ -112,8 +112,8 @@ OSErr FSOpenIterator(const FSRef* container, UInt32 flags, FSIterator* iterator)
 /// Gives up to `maximum` further objects of one level. errFSNoMoreItems at the end of the folder,
 /// then with the `actual` objects of the last batch. `infos`, `references`, `specs` and `names` are
 /// arrays of `maximum` entries or null; `container_changed` (may be null) tells whether the folder
-/// has changed since it was opened. An object that has gone since the walk began is passed over;
-/// where only names are asked for, the objects are not looked at.
+/// has changed since it was opened, up to some milliseconds ago. An object that has gone since the
+/// walk began is passed over; where only names are asked for, the objects are not looked at.
 OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximum, ItemCount* actual,
                            Boolean* container_changed, FSCatalogInfoBitmap mask,
                            FSCatalogInfo* infos, FSRef* references, FSSpec* specs,

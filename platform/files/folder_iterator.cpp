@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <ctime>
 #include <memory>
 #include <optional>
 
@@ -21,6 +22,8 @@ struct FolderIterator {
   files::FolderNames names;
   std::size_t next = 0;
   timespec changed{};                         ///< the folder's date of content when it was read
+  bool has_changed = false;                   ///< since then
+  timespec checked{};                         ///< when that was last looked at
   std::optional<files::SubtreeWalk> subtree;  ///< for all levels, in place of the names
 };
 
@@ -55,10 +58,19 @@ OSStatus Take(const FolderIterator& walk, std::string_view name, const Batch& ba
   return noErr;
 }
 
-bool HasChanged(const FolderIterator& walk) {
-  struct stat now;
-  return fstat(walk.folder.get(), &now) != 0 || now.st_mtim.tv_sec != walk.changed.tv_sec ||
-         now.st_mtim.tv_nsec != walk.changed.tv_nsec;
+/// Whether the folder has changed, looked at once in a tick of the system's clock (some
+/// milliseconds): a walk asks for each object.
+bool HasChanged(FolderIterator* walk) {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  const bool is_fresh = now.tv_sec == walk->checked.tv_sec && now.tv_nsec == walk->checked.tv_nsec;
+  if (walk->has_changed || is_fresh) return walk->has_changed;
+  walk->checked = now;
+  struct stat folder;
+  walk->has_changed = fstat(walk->folder.get(), &folder) != 0 ||
+                      folder.st_mtim.tv_sec != walk->changed.tv_sec ||
+                      folder.st_mtim.tv_nsec != walk->changed.tv_nsec;
+  return walk->has_changed;
 }
 
 OSStatus OpenLevel(const FSRef& container, FolderIterator* walk) {
@@ -105,7 +117,7 @@ OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximum, ItemCount* ac
       (mask & ~kFSCatInfoGettableInfo) || iterator->subtree) {
     return static_cast<OSErr>(paramErr);
   }
-  if (container_changed) *container_changed = HasChanged(*iterator);
+  if (container_changed) *container_changed = HasChanged(iterator);
   const Batch batch = {mask, infos, references, specs, names};
   const files::FolderNames& all = iterator->names;
   for (; *actual < maximum && iterator->next < all.size(); ++iterator->next) {
