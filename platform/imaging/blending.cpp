@@ -4,14 +4,7 @@
 #include <bit>
 #include <cstring>
 
-// The same source for both instruction sets; integers give the same result on both. Sanitizers
-// cannot run before the choice between them is made.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && \
-    !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-#define QUILLMERE_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
-#else
-#define QUILLMERE_VECTOR_CLONES
-#endif
+#include "vector_clones.h"
 
 namespace quillmere::imaging {
 namespace {

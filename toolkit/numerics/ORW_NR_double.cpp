@@ -2,6 +2,7 @@
 
 #include "decomposition_private.h"
 #include "polynomials_private.h"
+#include "vector_clones.h"
 #include "work_space_private.h"
 
 namespace {
@@ -10,10 +11,8 @@ using namespace quillmere::numerics;
 
 constexpr SInt32 kCubic = 4;  // coefficients
 
-/// The default build and one for wider vectors, chosen when the program starts; both give the same.
-__attribute__((target_clones("avx2", "default"))) SInt32 Decompose(double* a, std::size_t m,
-                                                                   std::size_t n, double* w,
-                                                                   double* v) {
+QUILLMERE_VECTOR_CLONES SInt32 Decompose(double* a, std::size_t m, std::size_t n, double* w,
+                                         double* v) {
   return DecomposeRowMajor(a, m, n, w, v);
 }
 

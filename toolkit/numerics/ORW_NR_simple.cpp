@@ -4,15 +4,14 @@
 
 #include "decomposition_private.h"
 #include "solvers_private.h"
+#include "vector_clones.h"
 
 namespace {
 
 using namespace quillmere::numerics;
 
-/// The default build and one for wider vectors, chosen when the program starts; both give the same.
-__attribute__((target_clones("avx2", "default"))) SInt32 Decompose(float* a, std::size_t m,
-                                                                   std::size_t n, float* w,
-                                                                   float* v) {
+QUILLMERE_VECTOR_CLONES SInt32 Decompose(float* a, std::size_t m, std::size_t n, float* w,
+                                         float* v) {
   return DecomposeRowMajor(a, m, n, w, v);
 }
 
