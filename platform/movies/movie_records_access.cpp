@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "media_times.h"
 #include "toolbox_records.h"
 
 namespace quillmere::movies {
@@ -8,11 +9,13 @@ namespace quillmere::movies {
 namespace {
 
 thread_local OSErr last_status = 0;
+thread_local OSErr sticky_status = 0;
 
 }  // namespace
 
 OSStatus NoteStatus(OSStatus status) {
   last_status = static_cast<OSErr>(status);
+  if (sticky_status == noErr) sticky_status = last_status;
   return status;
 }
 
@@ -123,4 +126,12 @@ OSErr EnterMovies() {
 
 OSErr GetMoviesError() {
   return quillmere::movies::last_status;
+}
+
+OSErr GetMoviesStickyError() {
+  return quillmere::movies::sticky_status;
+}
+
+void ClearMoviesStickyError() {
+  quillmere::movies::sticky_status = noErr;
 }

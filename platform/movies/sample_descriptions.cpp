@@ -25,6 +25,7 @@ constexpr Field kSoundFields[] = {{16, 2}, {18, 2}, {20, 4}, {24, 2},
                                   {26, 2}, {28, 2}, {30, 2}, {32, 4}};
 constexpr Field kSoundVersion1Fields[] = {{36, 4}, {40, 4}, {44, 4}, {48, 4}};
 constexpr std::size_t kCommonSize = 16;
+constexpr std::size_t kSoundVersion = 16;
 constexpr std::size_t kSoundSize = 36;
 constexpr std::size_t kSoundVersion1Size = 52;
 /// The first extension in the content of a video entry, which starts behind size and type.
@@ -35,6 +36,21 @@ void SwapFields(std::span<const Field> fields, std::vector<UInt8>* bytes) {
     const auto start = bytes->begin() + static_cast<std::ptrdiff_t>(field.offset);
     std::reverse(start, start + static_cast<std::ptrdiff_t>(field.width));
   }
+}
+
+/// Turns all numbers of a description of the media's type round; `version` is that of a sound
+/// description. False if it is too short.
+bool SwapDescription(OSType media_type, UInt16 version, std::vector<UInt8>* bytes) {
+  const bool is_image = media_type == "vide"_4cc;
+  const bool is_sound = media_type == "soun"_4cc;
+  if (bytes->size() < (is_image ? kImageDescriptionSize : is_sound ? kSoundSize : kCommonSize))
+    return false;
+  SwapFields(kCommonFields, bytes);
+  if (is_image) SwapFields(kImageFields, bytes);
+  if (is_sound) SwapFields(kSoundFields, bytes);
+  if (is_sound && version == 1 && bytes->size() >= kSoundVersion1Size)
+    SwapFields(kSoundVersion1Fields, bytes);
+  return true;
 }
 
 template <class Number>
@@ -83,21 +99,22 @@ OSStatus MakeDescriptionAtom(std::span<const UInt8> record, OSType media_type, A
   std::memcpy(&format, record.data() + 4, sizeof format);
 
   std::vector<UInt8> bytes(record.begin(), record.end());
-  SwapFields(kCommonFields, &bytes);
-  if (media_type == "vide"_4cc) {
-    if (bytes.size() < kImageDescriptionSize) return badImageDescription;
-    SwapFields(kImageFields, &bytes);
-  } else if (media_type == "soun"_4cc) {
-    if (bytes.size() < kSoundSize) return badImageDescription;
-    SwapFields(kSoundFields, &bytes);
-    if (ReadU16(bytes.data() + 16) == 1 && bytes.size() >= kSoundVersion1Size) {
-      SwapFields(kSoundVersion1Fields, &bytes);
-    }
-  }
+  UInt16 version = 0;
+  if (bytes.size() > kSoundVersion + 1)
+    std::memcpy(&version, bytes.data() + kSoundVersion, sizeof version);
+  if (!SwapDescription(media_type, version, &bytes)) return badImageDescription;
   bytes.erase(bytes.begin(), bytes.begin() + 8);
   *entry = Atom(format);
   entry->set_payload(std::move(bytes));
   return noErr;
+}
+
+OSStatus MakeDescriptionRecord(const Atom& entry, OSType media_type, std::vector<UInt8>* record) {
+  record->clear();
+  entry.Write(record);
+  const UInt16 version =
+      record->size() > kSoundVersion + 1 ? ReadU16(record->data() + kSoundVersion) : UInt16{0};
+  return SwapDescription(media_type, version, record) ? noErr : OSStatus{badImageDescription};
 }
 
 bool EncodedSizeOf(const Atom& entry, UInt32* width, UInt32* height) {

@@ -20,6 +20,10 @@ OSStatus MakeImageDescription(const imaging::ImageFileInfo& info, std::vector<UI
 /// handle is shorter than its fields or its size field is not its size.
 OSStatus MakeDescriptionAtom(std::span<const UInt8> record, OSType media_type, Atom* entry);
 
+/// The other way: the native record of an `stsd` entry. badImageDescription when it is shorter than
+/// its fields.
+OSStatus MakeDescriptionRecord(const Atom& entry, OSType media_type, std::vector<UInt8>* record);
+
 /// Width and height in pixels of an `stsd` entry of video; false if it is too short.
 bool EncodedSizeOf(const Atom& entry, UInt32* width, UInt32* height);
 /// The content of an extension atom of a video `stsd` entry; empty if it is not there.

@@ -301,11 +301,8 @@ void SampleTable::PlaceChunk(const ChunkRun& run, UInt64 chunk, ChunkInfo* info)
 }
 
 UInt64 SampleTable::ChunkSize(const ChunkInfo& chunk) const {
-  const DescriptionInfo& description = DescriptionOf(chunk.description);
-  if (description.frames_per_packet != 0) {
-    return PacketsFor(chunk.sample_count, description.frames_per_packet) *
-           description.bytes_per_packet;
-  }
+  if (DescriptionOf(chunk.description).frames_per_packet != 0)
+    return SizeInChunk(chunk, chunk.first_sample, chunk.sample_count);
   return SumOfSizes(chunk.first_sample, chunk.sample_count);
 }
 
@@ -327,6 +324,54 @@ bool SampleTable::ChunkAt(UInt64 chunk, ChunkInfo* info) const {
   info->decode_time = TimeAt(TimeRunOf(info->first_sample), info->first_sample);
   info->size = ChunkSize(*info);
   return true;
+}
+
+bool SampleTable::RunAt(UInt64 sample, SampleInfo* first, UInt64* count, UInt64* size) const {
+  if (!SampleAt(sample, first)) return false;
+  ChunkInfo chunk = {};
+  PlaceChunk(RunOfChunk(first->chunk), first->chunk, &chunk);
+  const RunPosition time = TimeRunOf(sample);
+  UInt64 end = std::min(chunk.first_sample + chunk.sample_count,
+                        time.first_sample + CountOfEntry(time.entry));
+  const bool has_packets = DescriptionOf(first->description).frames_per_packet != 0;
+  if (syncs_.entries != nullptr || (constant_size_ == 0 && !has_packets)) {
+    const UInt64 limit = end;
+    end = sample + 1;
+    while (end < limit && (has_packets || SizeOf(end) == first->size) &&
+           IsSync(end) == first->is_sync)
+      ++end;
+  }
+  *count = end - sample;
+  *size = SizeInChunk(chunk, sample, *count);
+  return true;
+}
+
+UInt64 SampleTable::SizeInChunk(const ChunkInfo& chunk, UInt64 first, UInt64 count) const {
+  const DescriptionInfo& description = DescriptionOf(chunk.description);
+  if (description.frames_per_packet == 0) return SizeBefore(first + count) - SizeBefore(first);
+  const UInt64 start = first - chunk.first_sample;
+  return (PacketsFor(start + count, description.frames_per_packet) -
+          start / description.frames_per_packet) *
+         description.bytes_per_packet;
+}
+
+UInt64 SampleTable::SizeOfSamples(UInt64 first, UInt64 count) const {
+  const bool has_packets =
+      std::any_of(descriptions_.begin(), descriptions_.end(),
+                  [](const DescriptionInfo& each) { return each.frames_per_packet != 0; });
+  if (!has_packets) return SizeBefore(first + count) - SizeBefore(first);
+  UInt64 size = 0;
+  const UInt64 end = first + count;
+  while (first < end) {
+    SampleInfo sample = {};
+    if (!SampleAt(first, &sample)) break;
+    ChunkInfo chunk = {};
+    PlaceChunk(RunOfChunk(sample.chunk), sample.chunk, &chunk);
+    const UInt64 here = std::min(end, chunk.first_sample + chunk.sample_count) - first;
+    size += SizeInChunk(chunk, first, here);
+    first += here;
+  }
+  return size;
 }
 
 // --- Sizes ---------------------------------------------------------------------------------------

@@ -72,6 +72,12 @@ class SampleTable {
   /// The number of the sample that plays at a media decode time; nothing outside the media.
   std::optional<UInt64> SampleAtTime(SInt64 time) const;
   bool ChunkAt(UInt64 chunk, ChunkInfo* info) const;
+  /// The samples from `sample` on that are like it, in size, duration and kind, and whose bytes
+  /// follow in its chunk: the first, how many, and the bytes of all; false outside the table.
+  bool RunAt(UInt64 sample, SampleInfo* first, UInt64* count, UInt64* size) const;
+  /// The bytes of `count` samples from `first` on, which have to be there; packets that only part
+  /// of them are in count whole.
+  UInt64 SizeOfSamples(UInt64 first, UInt64 count) const;
 
   /// Calls `visit(const ChunkInfo&)` for every chunk in file order of the table, in time linear in
   /// the number of chunks (and a pass over the size table where sizes differ); a false result ends
@@ -113,6 +119,7 @@ class SampleTable {
   UInt64 SumOfSizes(UInt64 first, UInt64 count) const;
   UInt64 SizeBefore(UInt64 sample) const;
   UInt64 ChunkSize(const ChunkInfo& chunk) const;
+  UInt64 SizeInChunk(const ChunkInfo& chunk, UInt64 first, UInt64 count) const;
   SInt64 DurationOfEntry(UInt64 entry) const;
   UInt64 CountOfEntry(UInt64 entry) const;
   void AdvanceTo(UInt64 sample, RunPosition* position) const;

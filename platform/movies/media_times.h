@@ -1,0 +1,76 @@
+/// Times and samples: which media time a track shows, which sample holds a media time, where the
+/// next sample or edit begins, and where samples lie.
+///
+/// Track times are in the movie's time scale and count empty edits; media times in the media's own,
+/// in the order of decoding. Samples count from 1. -1 stands for no time. Outputs may be null
+/// unless said otherwise. Look-ups are binary searches in the sample table, or a step for each run
+/// of like samples. Functions without a status leave it in GetMoviesError.
+#pragma once
+
+#include "base_types.h"
+#include "movie_toolbox.h"
+
+/// The first status other than 0 since the last ClearMoviesStickyError that a call of the thread
+/// left in GetMoviesError.
+OSErr GetMoviesStickyError();
+void ClearMoviesStickyError();
+
+// --- Tracks --------------------------------------------------------------------------------------
+
+/// The media time that a track shows at a track time, rounded to the nearest unit; -1 in an empty
+/// edit and beyond the edits.
+TimeValue TrackTimeToMediaTime(TimeValue time, Track track);
+
+/// What GetTrackNextInterestingTime and GetMediaNextInterestingTime look for; exactly one of the
+/// first three.
+inline constexpr SInt16 nextTimeMediaSample = 1;  ///< a sample
+/// A run of samples whose bytes follow each other in one file.
+inline constexpr SInt16 nextTimeMediaEdit = 2;
+inline constexpr SInt16 nextTimeTrackEdit = 4;    ///< an edit of the track, empty ones too
+inline constexpr SInt16 nextTimeEdgeOK = 0x4000;  ///< what begins at the given time counts too
+
+/// The first time behind `time` at which what the flags tell begins, and how long it lasts; -1 and
+/// 0 if there is none. A sample that an edit shows from its middle begins with the edit, and ends
+/// with it. invalidTime for a negative time, paramErr for other flags or a `rate` that isn't above
+/// 0: the search goes forward.
+void GetTrackNextInterestingTime(Track track, SInt16 flags, TimeValue time, Fixed rate,
+                                 TimeValue* interesting_time, TimeValue* duration);
+
+// --- Media ---------------------------------------------------------------------------------------
+
+/// The same in a media, which has no track edits.
+void GetMediaNextInterestingTime(Media media, SInt16 flags, TimeValue time, Fixed rate,
+                                 TimeValue* interesting_time, TimeValue* duration);
+
+SInt32 GetMediaSampleCount(Media media);
+/// The sample that holds a media time, its begin and its duration; 0, -1 and 0, with invalidTime,
+/// for a time outside the media.
+void MediaTimeToSampleNum(Media media, TimeValue time, SInt32* number, TimeValue* sample_time,
+                          TimeValue* sample_duration);
+/// The begin and duration of a sample; -1 and 0, with paramErr, if there is none of that number.
+void SampleNumToMediaTime(Media media, SInt32 number, TimeValue* sample_time,
+                          TimeValue* sample_duration);
+
+/// The bytes of all samples that `duration` units from `start` on touch; limited to the media.
+OSErr GetMediaDataSize64(Media media, TimeValue start, TimeValue duration, SInt64* size);
+
+#pragma pack(push, 2)
+/// A run of like samples whose bytes follow each other.
+struct SampleReference64Record {
+  SInt64 dataOffset;  ///< in the file of the description's data reference, in bytes
+  UInt32 dataSize;    ///< of all the samples, in bytes
+  TimeValue durationPerSample;
+  UInt32 numberOfSamples;
+  SInt16 sampleFlags;  ///< mediaSampleNotSync, or 0
+};
+#pragma pack(pop)
+static_assert(sizeof(SampleReference64Record) == 22);
+inline constexpr SInt16 mediaSampleNotSync = 1;
+
+/// References to the samples from that which holds `time` on: at most `most` records into
+/// `references`, of one sample description. `sample_time` takes the begin of the first sample,
+/// `description` (a handle of the caller's, or null) and `description_index` (from 1) the
+/// description of all, `count` the number of records. invalidTime for a time outside the media.
+OSErr GetMediaSampleReferences64(Media media, TimeValue time, TimeValue* sample_time,
+                                 SampleDescriptionHandle description, SInt32* description_index,
+                                 SInt32 most, SInt32* count, SampleReference64Record* references);
