@@ -113,6 +113,12 @@ TimeValue GetMovieTime(Movie movie, void* time_record);
 SInt32 GetMovieTrackCount(Movie movie);
 /// The track at `index` from 1; null outside.
 Track GetMovieIndTrack(Movie movie, SInt32 index);
+/// What GetMovieIndTrackType's type is, one of the first two, and which tracks count.
+inline constexpr SInt32 movieTrackMediaType = 1;
+inline constexpr SInt32 movieTrackCharacteristic = 2;  ///< `eyes` is seen, `ears` is heard
+inline constexpr SInt32 movieTrackEnabledOnly = 4;
+/// The track at `index`, from 1, among those of a type; null outside, paramErr for other flags.
+Track GetMovieIndTrackType(Movie movie, SInt32 index, OSType type, SInt32 flags);
 /// Reads or sets a property of the movie: `visu`/`apmd` (OSType: `clas`, `clea`, `prod`, `enco`).
 OSStatus QTSetMovieProperty(Movie movie, OSType property_class, OSType property_id, Size size,
                             const void* value);
@@ -130,6 +136,9 @@ void DisposeMovieTrack(Track track);
 Media NewTrackMedia(Track track, OSType media_type, TimeScale time_scale, Handle data_reference,
                     OSType reference_type);
 Media GetTrackMedia(Track track);
+/// What a track or a media belongs to; null for null.
+Movie GetTrackMovie(Track track);
+Track GetMediaTrack(Media media);
 SInt32 GetTrackID(Track track);
 SInt16 GetTrackLayer(Track track);
 void SetTrackLayer(Track track, SInt16 layer);

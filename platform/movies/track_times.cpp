@@ -44,16 +44,10 @@ class EditSpan {
         FloorDivide(2 * Wide{time - begin_} * media_units_ + track_units_, 2 * track_units_);
     return std::max(Clamped(media_begin_ + played), SInt64{0});
   }
-  /// Where a media time shows, in the same rounding.
+  /// The first time that shows a media time, or passes over it.
   SInt64 TrackTimeOf(SInt64 media_time) const {
-    const Wide played = FloorDivide(
-        2 * (Wide{media_time} - media_begin_) * track_units_ + media_units_, 2 * media_units_);
-    return Clamped(begin_ + played);
-  }
-  /// The first media time that shows at `time`, which is behind the begin, or later.
-  SInt64 FirstMediaTimeFrom(SInt64 time) const {
-    const Wide twice = (2 * Wide{time - begin_} - 1) * media_units_;
-    return Clamped(media_begin_ - FloorDivide(-twice, 2 * track_units_));
+    const Wide twice = (2 * (Wide{media_time} - media_begin_) - 1) * track_units_;
+    return Clamped(begin_ - FloorDivide(-twice, 2 * media_units_));
   }
 
  private:
@@ -104,10 +98,12 @@ using FirstStep = std::optional<MediaStep> (*)(const SampleTable&, SInt64);
 std::optional<SInt64> FirstInside(const SampleTable& table, const EditSpan& span, SInt64 time,
                                   FirstStep first_step) {
   if (!span.moves_on()) return std::nullopt;
-  const auto step = first_step(table, span.FirstMediaTimeFrom(time));
+  const auto step = first_step(table, span.MediaTimeAt(time - 1) + 1);
   if (!step) return std::nullopt;
   const SInt64 shown = span.TrackTimeOf(step->time);
-  return shown < span.end() ? std::optional(shown) : std::nullopt;
+  // Behind the media's end nothing shows.
+  const bool shows = shown < span.end() && span.MediaTimeAt(shown) < table.duration();
+  return shows ? std::optional(shown) : std::nullopt;
 }
 
 std::optional<TrackStep> FirstMediaStep(const TrackView& view, SInt64 from, FirstStep first_step) {

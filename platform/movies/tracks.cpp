@@ -27,6 +27,12 @@ UInt32 FreeTrackId(const MovieRecord& movie) {
   return id;
 }
 
+bool HasCharacteristic(const TrackRecord& track, OSType characteristic) {
+  if (characteristic == "eyes"_4cc) return IsVisual(track);
+  const OSType type = MediaTypeOf(track);
+  return characteristic == "ears"_4cc && (type == "soun"_4cc || type == "musi"_4cc);
+}
+
 /// Puts a `trak` behind the last one, so that the order of the others' tracks and of what follows
 /// stays. Returns its position.
 std::size_t InsertTrackAtom(Atom* moov, Atom trak) {
@@ -119,6 +125,31 @@ Track GetMovieIndTrack(Movie movie, SInt32 index) {
   }
   NoteStatus(noErr);
   return movie->tracks[static_cast<std::size_t>(index) - 1].get();
+}
+
+Track GetMovieIndTrackType(Movie movie, SInt32 index, OSType type, SInt32 flags) {
+  const SInt32 kind = flags & ~movieTrackEnabledOnly;
+  if (movie == nullptr || (kind != movieTrackMediaType && kind != movieTrackCharacteristic)) {
+    NoteStatus(movie == nullptr ? OSStatus{invalidMovie} : paramErr);
+    return nullptr;
+  }
+  NoteStatus(noErr);
+  for (const auto& track : movie->tracks) {
+    const bool counts =
+        kind == movieTrackMediaType ? MediaTypeOf(*track) == type : HasCharacteristic(*track, type);
+    if (counts && ((flags & movieTrackEnabledOnly) == 0 || GetTrackEnabled(track.get())) &&
+        --index == 0)
+      return track.get();
+  }
+  return nullptr;
+}
+
+Movie GetTrackMovie(Track track) {
+  return track != nullptr ? track->movie : nullptr;
+}
+
+Track GetMediaTrack(Media media) {
+  return media != nullptr ? media->track : nullptr;
 }
 
 SInt32 GetTrackID(Track track) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "media_times.h"
+
 namespace {
 
 /// Calls `action(track)` for every track by index.
@@ -32,6 +34,12 @@ SInt32 QT_SetMovieApertureMode(Movie movie, OSType mode) {
 
 SInt32 QT_GetMovieApertureMode(Movie movie, OSType* mode) {
   return QTGetMovieProperty(movie, kVisualProperties, kApertureMode, sizeof *mode, mode, nullptr);
+}
+
+SInt32 QT_GetMoviesStickyError() {
+  const SInt32 status = GetMoviesStickyError();
+  ClearMoviesStickyError();
+  return status;
 }
 
 void QT_DisposeMovie(Movie* movie) {

@@ -11,6 +11,8 @@ void QT_GetMinMaxLayer(Movie movie, SInt16* minimum, SInt16* maximum);
 /// `enco` encoded pixels. paramErr for another one.
 SInt32 QT_SetMovieApertureMode(Movie movie, OSType mode);
 SInt32 QT_GetMovieApertureMode(Movie movie, OSType* mode);
+/// The toolbox's sticky error, which is cleared.
+SInt32 QT_GetMoviesStickyError();
 /// Disposes of the movie and clears the variable; null does nothing.
 void QT_DisposeMovie(Movie* movie);
 /// Size of the movie's box in pixels.
