@@ -1,7 +1,7 @@
 #include "GL_Quartz.h"
 
 #include "GL_Controls.h"
-#include "GL_QuickDraw.h"
+#include "GL_QuickDraw_Fit.h"
 
 void GL_HIRectToRect(const HIRect* from, Rect* to) {
   to->top = static_cast<SInt16>(from->origin.y);

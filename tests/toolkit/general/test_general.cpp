@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "GL_File.h"
-#include "GL_QuickDraw.h"
 #include "GL_Strings_Unicode.h"
 #include "LL_Linked_Lists.h"
 #include "MF_FileObjects.h"
@@ -91,28 +90,6 @@ TEST(Folders, ListsAndCountsAgree) {
   const FSRef file = Reference(folder / "x.jpeg");
   EXPECT_NE(GL_CountFilesWithExtension(&file, CFSTR("jpg"), &count), noErr);
   EXPECT_NE(GL_CountFilesWithExtension(nullptr, CFSTR("jpg"), &count), noErr);
-}
-
-TEST(Rectangles, FitInABox) {
-  const struct {
-    Rect source, box, fitted;
-  } cases[] = {
-      {{0, 0, 1, 3}, {0, 0, 10, 10}, {3, 0, 7, 10}},  // an odd remainder makes one pixel more
-      {{0, 0, 100, 100}, {10, 20, 60, 120}, {10, 45, 60, 95}},  // the height fills
-      {{0, 0, 30000, 32767}, {0, 0, 32767, 32767}, {1383, 0, 31384, 32767}},
-      {{0, 0, 0, 5}, {1, 2, 3, 4}, {1, 2, 3, 4}},
-  };
-  for (const auto& test : cases) {
-    Rect fitted;
-    GL_FitRectInBox(&test.source, &test.box, &fitted, nullptr, nullptr);
-    EXPECT_EQ(fitted.top, test.fitted.top);
-    EXPECT_EQ(fitted.left, test.fitted.left);
-    EXPECT_EQ(fitted.bottom, test.fitted.bottom);
-    EXPECT_EQ(fitted.right, test.fitted.right);
-  }
-  const Rect odd = {-5, -10, 20, 30};
-  EXPECT_EQ(GL_WidthOfSize(GL_GetRectSize(&odd)), 40);
-  EXPECT_EQ(GL_HeightOfSize(GL_GetRectSize(&odd)), 25);
 }
 
 }  // namespace

@@ -1,0 +1,13 @@
+/// Older drawing calls of the platform under one name each: they forward their arguments unchanged,
+/// so that what still uses such a call is found by this prefix.
+#pragma once
+
+#include "base_types.h"
+
+void QDD_SetRect(Rect* rect, SInt16 left, SInt16 top, SInt16 right, SInt16 bottom);
+Boolean QDD_EqualRect(const Rect* a, const Rect* b);
+Boolean QDD_PtInRect(Point point, const Rect* rect);
+void QDD_OffsetRect(Rect* rect, SInt16 dh, SInt16 dv);
+Boolean QDD_SectRect(const Rect* a, const Rect* b, Rect* out);
+Boolean QDD_TransformRect(const MatrixRecord* matrix, Rect* rect);
+Boolean QDD_TransformFixedRect(const MatrixRecord* matrix, FixedRect* rect);
