@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 #include "CO_Ranges.h"
 
@@ -57,8 +58,14 @@ SInt32 ShiftOf(SInt32 depth) {
   return depth == 10 || depth == 12 || depth == 14 ? kWorkingDepth - depth : 0;
 }
 
+/// A value of 0.0 to 1.0 as one of 0 to `most`, the half added and cut.
+UInt32 Scaled(double x, double most) {
+  const double raised = x * most + 0.5;
+  return static_cast<UInt32>(raised);
+}
+
 /// A v216 or 2vuy group has chroma at its even places; a v210 block too.
-bool IsLuma(int place) {
+bool IsLuma(std::size_t place) {
   return place % 2 != 0;
 }
 
@@ -66,7 +73,7 @@ bool IsLuma(int place) {
 
 void CO_Unpack_v216(const UInt8* source, UInt16* destination, SInt32 depth) {
   const SInt32 shift = ShiftOf(depth);
-  for (int i = 0; i < 4; ++i) {
+  for (std::size_t i = 0; i < 4; ++i) {
     const UInt32 word = UInt32{source[2 * i]} | UInt32{source[2 * i + 1]} << 8;
     const UInt32 code = word >> shift;
     destination[i] = depth == kWorkingDepth ? static_cast<UInt16>(word)
@@ -77,7 +84,7 @@ void CO_Unpack_v216(const UInt8* source, UInt16* destination, SInt32 depth) {
 
 void CO_Pack_v216(CO_Group_v216 group, UInt8* destination, SInt32 depth) {
   const SInt32 shift = ShiftOf(depth);
-  for (int i = 0; i < 4; ++i) {
+  for (std::size_t i = 0; i < 4; ++i) {
     UInt32 word = group.words[i];
     if (depth != kWorkingDepth)
       word = UInt32{IsLuma(i) ? LumaBetween(word, kWorkingDepth, depth)
@@ -90,21 +97,21 @@ void CO_Pack_v216(CO_Group_v216 group, UInt8* destination, SInt32 depth) {
 
 void CO_Unpack_v210(const UInt8* source, UInt16* destination) {
   const auto& tables = FromVideo();
-  for (int i = 0; i < 12; i += 3) {
+  for (std::size_t i = 0; i < 12; i += 3) {
     const UInt32 word = ReadWord(source + i / 3 * 4);
     // Codes above the largest are limited like that.
     const UInt32 codes[] = {word & kLargestVideoCode, (word >> 10) & kLargestVideoCode,
                             std::min(word >> 20, kLargestVideoCode)};
-    for (int k = 0; k < 3; ++k)
+    for (std::size_t k = 0; k < 3; ++k)
       destination[i + k] = (IsLuma(i + k) ? tables.luma : tables.chroma)[codes[k]];
   }
 }
 
 void CO_Pack_v210(UInt8* destination, const UInt16* source) {
   const auto& tables = ToVideo();
-  for (int i = 0; i < 12; i += 3) {
+  for (std::size_t i = 0; i < 12; i += 3) {
     UInt32 word = 0;
-    for (int k = 0; k < 3; ++k)
+    for (std::size_t k = 0; k < 3; ++k)
       word |= UInt32{(IsLuma(i + k) ? tables.luma : tables.chroma)[source[i + k]]} << (10 * k);
     WriteWord(destination + i / 3 * 4, word);
   }
@@ -128,7 +135,7 @@ void CO_UnpackRGB16(UInt16 word, UInt8* rgb, UInt16* alpha) {
   for (int i = 0; i < 3; ++i) {
     const UInt32 field = (UInt32{word} >> (10 - 5 * i)) & 31;
     const double x = std::clamp(CO_UIntToUnitInterval(field, 5), 0.0, 1.0);
-    rgb[i] = static_cast<UInt8>(x * 255 + 0.5);
+    rgb[i] = static_cast<UInt8>(Scaled(x, 255));
   }
   *alpha = word & 0x8000;
 }
@@ -137,7 +144,7 @@ void CO_PackRGB16(const UInt8* rgb, UInt16 alpha, UInt16* word) {
   UInt32 packed = alpha;
   for (int i = 0; i < 3; ++i) {
     const double x = std::clamp(CO_UIntToUnitInterval(rgb[i], 8), 0.0, 1.0);
-    packed |= static_cast<UInt32>(x * 31 + 0.5) << (10 - 5 * i);
+    packed |= Scaled(x, 31) << (10 - 5 * i);
   }
   *word = static_cast<UInt16>(packed);
 }

@@ -60,36 +60,27 @@ void StoreScale(const Fitted& fitted, float* scale, LongRatio* ratio) {
 }
 
 /// Borders that leave a size in the middle of a box.
-template <class AnyRect, class Number>
+template <class AnyRect>
 AnyRect BordersAround(const WideSize& size, const WideSize& box) {
-  const auto dv = static_cast<Number>((box.height - size.height) / 2);
-  const auto dh = static_cast<Number>((box.width - size.width) / 2);
+  using Number = decltype(AnyRect::top);
   AnyRect borders;
-  borders.top = borders.bottom = dv;
-  borders.left = borders.right = dh;
+  borders.top = borders.bottom = static_cast<Number>((box.height - size.height) / 2);
+  borders.left = borders.right = static_cast<Number>((box.width - size.width) / 2);
   return borders;
 }
 
-void FitPixels(const Rect& source, const Rect& box, Goal goal, Rect* out, float* scale,
-               LongRatio* ratio) {
+/// Fits a rectangle of either kind; `inset` removes borders.
+template <class AnyRect, class ScaleOther>
+void FitRect(const AnyRect& source, const AnyRect& box, Goal goal, ScaleOther scale_other,
+             void (*inset)(AnyRect*, const AnyRect*), AnyRect* out, float* scale,
+             LongRatio* ratio) {
   const WideSize outer = SizeOf(box);
-  const Fitted fitted = FitSize(SizeOf(source), outer, goal, ScaleRounded);
+  const Fitted fitted = FitSize(SizeOf(source), outer, goal, scale_other);
   StoreScale(fitted, scale, ratio);
   if (out == nullptr) return;
-  const Rect borders = BordersAround<Rect, SInt16>(fitted.size, outer);
+  const auto borders = BordersAround<AnyRect>(fitted.size, outer);
   *out = box;
-  GL_RemoveRectBorders(out, &borders);
-}
-
-void FitFixed(const FixedRect& source, const FixedRect& box, Goal goal, FixedRect* out,
-              float* scale, LongRatio* ratio) {
-  const WideSize outer = SizeOf(box);
-  const Fitted fitted = FitSize(SizeOf(source), outer, goal, ScaleFixed);
-  StoreScale(fitted, scale, ratio);
-  if (out == nullptr) return;
-  const FixedRect borders = BordersAround<FixedRect, Fixed>(fitted.size, outer);
-  *out = box;
-  GL_InsetFixedRectByFixedRect(out, &borders);
+  inset(out, &borders);
 }
 
 /// Toward zero, with a hundredth for what rounding took; 0 for what isn't a number of pixels.
@@ -106,22 +97,22 @@ SInt16 Pixel(SInt32 value) {
 
 void GL_FitRectInBox(const Rect* source, const Rect* box, Rect* out, float* scale,
                      LongRatio* ratio) {
-  FitPixels(*source, *box, Goal::kFit, out, scale, ratio);
+  FitRect(*source, *box, Goal::kFit, ScaleRounded, GL_RemoveRectBorders, out, scale, ratio);
 }
 
 void GL_CoverBoxWithRect(const Rect* source, const Rect* box, Rect* out, float* scale,
                          LongRatio* ratio) {
-  FitPixels(*source, *box, Goal::kCover, out, scale, ratio);
+  FitRect(*source, *box, Goal::kCover, ScaleRounded, GL_RemoveRectBorders, out, scale, ratio);
 }
 
 void GL_FitFixedRectInBox(const FixedRect* source, const FixedRect* box, FixedRect* out,
                           float* scale, LongRatio* ratio) {
-  FitFixed(*source, *box, Goal::kFit, out, scale, ratio);
+  FitRect(*source, *box, Goal::kFit, ScaleFixed, GL_InsetFixedRectByFixedRect, out, scale, ratio);
 }
 
 void GL_CoverBoxWithFixedRect(const FixedRect* source, const FixedRect* box, FixedRect* out,
                               float* scale, LongRatio* ratio) {
-  FitFixed(*source, *box, Goal::kCover, out, scale, ratio);
+  FitRect(*source, *box, Goal::kCover, ScaleFixed, GL_InsetFixedRectByFixedRect, out, scale, ratio);
 }
 
 void GL_ScaleRect(Rect* rect, Fixed scaleH, Fixed scaleV) {

@@ -27,22 +27,24 @@ struct TimeSpan {
   SInt32 duration;
 };
 
-/// Calls `visit` with each thing of a kind that begins from `start` on, until it gives false.
-template <class Visit>
-void WalkTrack(Track track, SInt16 kind, SInt32 start, Visit visit) {
+/// Calls `visit` with each thing of a kind that begins in a track or media from `start` on, until
+/// it gives false; `next` is the toolbox's search in that.
+template <class Where, class Visit>
+void WalkTimes(Where where, void (*next)(Where, SInt16, TimeValue, Fixed, TimeValue*, TimeValue*),
+               SInt16 kind, SInt32 start, Visit visit) {
   TimeSpan span = {start, 0};
   for (SInt16 flags = kind | nextTimeEdgeOK;; flags = kind) {
-    GetTrackNextInterestingTime(track, flags, span.time, kForwards, &span.time, &span.duration);
+    next(where, flags, span.time, kForwards, &span.time, &span.duration);
     if (span.time == -1 || !visit(span)) return;
   }
 }
 template <class Visit>
+void WalkTrack(Track track, SInt16 kind, SInt32 start, Visit visit) {
+  WalkTimes(track, GetTrackNextInterestingTime, kind, start, visit);
+}
+template <class Visit>
 void WalkMedia(Media media, SInt16 kind, SInt32 start, Visit visit) {
-  TimeSpan span = {start, 0};
-  for (SInt16 flags = kind | nextTimeEdgeOK;; flags = kind) {
-    GetMediaNextInterestingTime(media, flags, span.time, kForwards, &span.time, &span.duration);
-    if (span.time == -1 || !visit(span)) return;
-  }
+  WalkTimes(media, GetMediaNextInterestingTime, kind, start, visit);
 }
 
 /// A new zeroed element at the end of a list that is built from its head on.
