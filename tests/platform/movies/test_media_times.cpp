@@ -160,11 +160,11 @@ void CheckReferences(const Model& model, Media media) {
     for (UInt32 i = 0; i < record.numberOfSamples; ++i, ++sample) {
       ASSERT_LT(sample, model.samples.size());
       ASSERT_EQ(offset, model.samples[sample].offset);
-      ASSERT_EQ(record.durationPerSample, model.samples[sample].duration);
+      ASSERT_EQ(TimeValue{record.durationPerSample}, model.samples[sample].duration);
       offset += model.samples[sample].size;
       size += model.samples[sample].size;
     }
-    ASSERT_EQ(record.dataSize, size);
+    ASSERT_EQ(UInt32{record.dataSize}, size);
   }
   ASSERT_EQ(sample, model.samples.size());
 }
