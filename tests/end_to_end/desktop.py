@@ -32,8 +32,10 @@ class Desktop:
 
     def __enter__(self):
         reading, writing = os.pipe()
+        # Without -noreset the server starts afresh whenever its last client goes, as each look for
+        # the window manager does, and drops one that is just connecting.
         self.start(['Xvfb', '-displayfd', str(writing), '-screen', '0', f'{self.size}x24',
-                    '-nolisten', 'tcp'], pass_fds=[writing])
+                    '-nolisten', 'tcp', '-noreset'], pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as answer:
             number = answer.readline().strip()
@@ -46,8 +48,12 @@ class Desktop:
         for name in ('QT_QPA_PLATFORM', 'WAYLAND_DISPLAY', 'XAUTHORITY'):
             self.environment.pop(name, None)
         self.start(['openbox', '--sm-disable'], env=self.environment)
-        wait_until(lambda: '_NET_SUPPORTING_WM_CHECK(WINDOW)' in self.run(
-            'xprop', '-root', '_NET_SUPPORTING_WM_CHECK'), 'the window manager is there')
+        try:
+            wait_until(lambda: '_NET_SUPPORTING_WM_CHECK(WINDOW)' in self.run(
+                'xprop', '-root', '_NET_SUPPORTING_WM_CHECK'), 'the window manager is there')
+        except AssertionError:
+            self.__exit__()
+            raise
         return self
 
     def __exit__(self, *_):
