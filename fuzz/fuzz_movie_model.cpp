@@ -4,10 +4,13 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 
+#include "media_steps.h"
 #include "movie_file.h"
 #include "movie_records.h"
+#include "sample_descriptions.h"
 #include "sample_table.h"
 
 namespace {
@@ -50,6 +53,46 @@ void TryTable(const SampleTable& table, UInt64 file_size) {
   quillmere::movies::CheckChunkBounds(table, 0, file_size);
 }
 
+/// Runs of like samples add up to the table, and what begins in a media lies in it.
+void TryRuns(const SampleTable& table) {
+  UInt64 samples = 0;
+  for (int run = 0; run < 4096 && samples < table.sample_count(); ++run) {
+    SampleInfo first = {};
+    UInt64 count = 0;
+    UInt64 size = 0;
+    Require(table.RunAt(samples, &first, &count, &size) && count > 0);
+    Require(size == table.SizeOfSamples(samples, count));
+    samples += count;
+  }
+  Require(samples <= table.sample_count());
+  for (const auto first_from :
+       {quillmere::movies::FirstSampleFrom, quillmere::movies::FirstRunFrom}) {
+    SInt64 time = 0;
+    for (int steps = 0; steps < 64; ++steps) {
+      const auto step = first_from(table, time);
+      if (!step) break;
+      Require(step->time >= time && step->time + step->duration <= table.duration());
+      time = step->time + 1;
+    }
+  }
+}
+
+/// A description turned to native order and back is as it was.
+void TryDescriptions(const Atom& stbl, OSType media_type) {
+  const Atom* stsd = stbl.Find("stsd"_4cc);
+  if (stsd == nullptr) return;
+  for (const Atom& entry : stsd->children()) {
+    std::vector<UInt8> record;
+    Atom again("none"_4cc);
+    if (MakeDescriptionRecord(entry, media_type, &record) != noErr) continue;
+    Require(MakeDescriptionAtom(record, media_type, &again) == noErr);
+    const std::span<const UInt8> before = entry.payload();
+    Require(
+        again.type() == entry.type() &&
+        std::equal(before.begin(), before.end(), again.payload().begin(), again.payload().end()));
+  }
+}
+
 void TryTrack(Atom* track, UInt64 file_size) {
   quillmere::movies::HandlerRecord handler;
   const Atom* hdlr = track->FindPath({"mdia"_4cc, "hdlr"_4cc});
@@ -60,6 +103,8 @@ void TryTrack(Atom* track, UInt64 file_size) {
     return;
   }
   TryTable(table, file_size);
+  TryRuns(table);
+  TryDescriptions(*stbl, handler.component_subtype);
   std::vector<UInt64> offsets;
   table.ForEachChunk([&](const ChunkInfo& chunk) {
     offsets.push_back(chunk.offset);

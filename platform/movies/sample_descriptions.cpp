@@ -110,8 +110,12 @@ OSStatus MakeDescriptionAtom(std::span<const UInt8> record, OSType media_type, A
 }
 
 OSStatus MakeDescriptionRecord(const Atom& entry, OSType media_type, std::vector<UInt8>* record) {
+  const std::span<const UInt8> fields = entry.payload();
   record->clear();
-  entry.Write(record);
+  // However the entry's own header tells its size.
+  AppendU32(record, static_cast<UInt32>(fields.size() + 8));
+  AppendU32(record, entry.type());
+  record->insert(record->end(), fields.begin(), fields.end());
   const UInt16 version =
       record->size() > kSoundVersion + 1 ? ReadU16(record->data() + kSoundVersion) : UInt16{0};
   return SwapDescription(media_type, version, record) ? noErr : OSStatus{badImageDescription};

@@ -394,7 +394,8 @@ UInt64 SampleTable::SizeBefore(UInt64 sample) const {
   if (constant_size_ != 0) return sample * constant_size_;
   if (size_marks_.empty()) {
     UInt64 sum = 0;
-    for (UInt64 i = 0; i < sample_count_; i += kSamplesPerSizeMark) {
+    // The place behind the last sample has a mark too, where it falls on one.
+    for (UInt64 i = 0; i <= sample_count_; i += kSamplesPerSizeMark) {
       size_marks_.push_back(sum);
       sum += SumOfSizes(i, std::min(kSamplesPerSizeMark, sample_count_ - i));
     }

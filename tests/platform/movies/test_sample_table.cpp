@@ -165,7 +165,7 @@ TEST(SampleTable, ReadsCompactSizes) {
 
 /// A million samples with differing times and sizes: sums by the marks equal sums from the start.
 TEST(SampleTable, LookUpsAgreeWithSumsFromTheStart) {
-  constexpr UInt32 kSamples = 20000;
+  constexpr UInt32 kSamples = 79 * 256;
   ByteWriter times;
   ByteWriter sizes;
   times.U32(0).U32(kSamples);
@@ -196,6 +196,13 @@ TEST(SampleTable, LookUpsAgreeWithSumsFromTheStart) {
     time += sample.duration;
   }
   EXPECT_EQ(table.duration(), time);
+  SampleInfo last = {};
+  UInt64 count = 0;
+  UInt64 size = 0;
+  ASSERT_TRUE(table.RunAt(kSamples - 1, &last, &count, &size));
+  EXPECT_EQ(count, 1U);
+  EXPECT_EQ(size, last.size);
+  EXPECT_EQ(table.SizeOfSamples(0, kSamples), table.data_size());
 }
 
 TEST(SampleTable, RefusesTablesThatDoNotHoldTogether) {
