@@ -31,8 +31,9 @@ inline constexpr SInt16 nextTimeEdgeOK = 0x4000;  ///< what begins at the given 
 
 /// The first time behind `time` at which what the flags tell begins, and how long it lasts; -1 and
 /// 0 if there is none. A sample begins at the first time that TrackTimeToMediaTime maps into or
-/// behind it; one that an edit shows from its middle begins with the edit, and ends with it. invalidTime for a negative time, paramErr for other flags or a `rate` that isn't above
-/// 0: the search goes forward.
+/// behind it; one that an edit shows from its middle begins with the edit, and ends with it.
+/// invalidTime for a negative time, paramErr for other flags or a `rate` that isn't above 0: the
+/// search goes forward.
 void GetTrackNextInterestingTime(Track track, SInt16 flags, TimeValue time, Fixed rate,
                                  TimeValue* interesting_time, TimeValue* duration);
 

@@ -331,8 +331,11 @@ bool SampleTable::RunAt(UInt64 sample, SampleInfo* first, UInt64* count, UInt64*
   ChunkInfo chunk = {};
   PlaceChunk(RunOfChunk(first->chunk), first->chunk, &chunk);
   const RunPosition time = TimeRunOf(sample);
-  UInt64 end = std::min(chunk.first_sample + chunk.sample_count,
-                        time.first_sample + CountOfEntry(time.entry));
+  // The last time run goes on where there are more samples than it counts.
+  const bool is_last_time = time.entry + 1 >= times_.count;
+  UInt64 end =
+      std::min(chunk.first_sample + chunk.sample_count,
+               is_last_time ? sample_count_ : time.first_sample + CountOfEntry(time.entry));
   const bool has_packets = DescriptionOf(first->description).frames_per_packet != 0;
   if (syncs_.entries != nullptr || (constant_size_ == 0 && !has_packets)) {
     const UInt64 limit = end;
