@@ -86,7 +86,7 @@ void FitRect(const AnyRect& source, const AnyRect& box, Goal goal, ScaleOther sc
 /// Toward zero, with a hundredth for what rounding took; 0 for what isn't a number of pixels.
 SInt32 ToPixels(float value) {
   const float raised = value + 0.01F;
-  return raised > -32768 && raised < 32768 ? static_cast<SInt32>(raised) : 0;
+  return raised > -65536 && raised < 65536 ? static_cast<SInt32>(raised) : 0;
 }
 
 SInt16 Pixel(SInt32 value) {

@@ -24,7 +24,8 @@ void GL_CoverBoxWithFixedRect(const FixedRect* source, const FixedRect* box, Fix
 
 /// Scales a rectangle by 16.16 factors; its top left stays.
 void GL_ScaleRect(Rect* rect, Fixed scaleH, Fixed scaleV);
-/// The centred part of the box that has the proportions of a picture of that size in pixels.
+/// The centred part of the box that has the proportions of a picture of that size in pixels; empty
+/// if the picture or the box has no area.
 void GL_GetScaledPictureLetterbox(SInt32 pictureWidth, SInt32 pictureHeight, const Rect* box,
                                   Rect* out);
 /// The quarters of a rectangle: top left, top right, bottom left and bottom right, of which each

@@ -171,10 +171,28 @@ TEST(Rectangles, FitAndCover) {
   EXPECT_EQ(out, (Rect{10, 53, 110, 186}));
   GL_GetScaledPictureLetterbox(400, 100, &box, &out);
   EXPECT_EQ(out, (Rect{35, 20, 85, 220}));
+  const Rect wide_box = {-20000, -20000, 20000, 20000}, flat_box = {5, 5, 5, 25};
+  GL_GetScaledPictureLetterbox(7, 7, &wide_box, &out);
+  EXPECT_EQ(out, wide_box);
   for (const SInt32 width : {0, -5, 5}) {
     GL_GetScaledPictureLetterbox(width, 0, &box, &out);
     EXPECT_TRUE(EmptyRect(&out)) << width;
+    GL_GetScaledPictureLetterbox(0, 5, &box, &out);
+    EXPECT_TRUE(EmptyRect(&out));
+    GL_GetScaledPictureLetterbox(5, 5, &flat_box, &out);
+    EXPECT_TRUE(EmptyRect(&out));
   }
+  float scale = 0;
+  LongRatio ratio;
+  const Rect source = {0, 0, 30, 40}, target = {0, 0, 60, 60};
+  GL_FitRectInBox(&source, &target, &out, &scale, &ratio);
+  EXPECT_EQ(ratio.n, 3);
+  EXPECT_EQ(ratio.d, 2U);
+  EXPECT_EQ(scale, 1.5F);
+  GL_CoverBoxWithRect(&source, &target, &out, &scale, &ratio);
+  EXPECT_EQ(ratio.n, 2);
+  EXPECT_EQ(ratio.d, 1U);
+  EXPECT_EQ(scale, 2);
   out = {3, 4, 13, 24};
   GL_ScaleRect(&out, 0x18000, 0x8000);
   EXPECT_EQ(out, (Rect{3, 4, 8, 34}));
