@@ -359,14 +359,15 @@ void CO_BrRGB8toYCbCrU8(const CO_RGB8* rgb, UInt8 brightness, CO_YCbCrU8* out) {
 }
 
 CFDictionaryRef CO_CopyYCbCr8ToDict(const CO_YCbCr8* yCbCr) {
-  CFMutableDictionaryRef dictionary = CFDictionaryCreateMutable(nullptr);
   CFNumberRef luma = CF_CreateUInt8Ref(yCbCr->y);
-  if (dictionary != nullptr && luma != nullptr) {
+  if (luma == nullptr) return nullptr;
+  CFMutableDictionaryRef dictionary = CFDictionaryCreateMutable(nullptr);
+  if (dictionary != nullptr) {
     CFDictionarySetValue(dictionary, CFSTR("Y"), luma);
     CF_AddSInt8ToDict(dictionary, CFSTR("Cb"), yCbCr->cb);
     CF_AddSInt8ToDict(dictionary, CFSTR("Cr"), yCbCr->cr);
   }
-  if (luma != nullptr) CFRelease(luma);
+  CFRelease(luma);
   return dictionary;
 }
 

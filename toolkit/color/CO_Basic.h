@@ -115,7 +115,7 @@ Boolean CO_EqualColorU8(const CO_YCbCrU8* a, const CO_YCbCrU8* b);
 UInt32 CO_ColorDiff(UInt32 a, UInt32 b);
 
 /// A colour of another brightness, by the luma of ITU-R BT.601: scaled, and mixed with white where
-/// that isn't enough. Black becomes the grey of that brightness.
+/// that isn't enough. A colour whose luma rounds to 0 becomes the grey of that brightness.
 void CO_SetRGB8_Br(const CO_RGB8* rgb, UInt8 brightness, CO_RGB8* out);
 /// The same, then CO_RGB8_ToYCbCrU8.
 void CO_BrRGB8toYCbCrU8(const CO_RGB8* rgb, UInt8 brightness, CO_YCbCrU8* out);

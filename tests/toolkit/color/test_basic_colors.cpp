@@ -13,7 +13,7 @@ namespace {
 constexpr double kCoefficients[] = {0.299, 0.587, 0.114};
 constexpr float kFloatCoefficients[] = {0.299F, 0.587F, 0.114F};
 
-/// Calls `visit` with every fifth code of each component and both ends.
+/// Calls `visit` with every third code of each component and both ends.
 template <class Visit>
 void ForEachTriple(Visit visit) {
   for (int x = 0; x < 256; x += 3)
