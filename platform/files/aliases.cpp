@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "catalogue.h"
+#include "deadline.h"
 #include "file_names.h"
+#include "mount_table.h"
 #include "object_place.h"
 #include "place_table.h"
 #include "resources.h"
@@ -21,6 +23,7 @@ namespace quillmere::files {
 namespace {
 
 constexpr SInt32 kMostLinks = 32;
+constexpr SInt32 kSearchTime = 5000;  // milliseconds
 constexpr OSType kAliasType = "alis"_4cc;
 /// The Finder flag of an alias file, in the upper byte of the flags.
 constexpr std::size_t kFlagsByte = 8;
@@ -65,25 +68,51 @@ bool FindMoved(const AliasContent& content, FSRef* target) {
   return false;
 }
 
-/// Looks for the target in a folder and, with `deep`, in all that it holds.
-bool FindBeneath(const fs::path& folder, bool deep, const AliasContent& content, FSRef* target) {
-  if (!deep) {
-    std::error_code error;
-    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-      struct statx info;
-      const bool may_be = ReadObject(AT_FDCWD, at->path().c_str(), &info) == noErr &&
-                          static_cast<UInt32>(info.stx_ino) == content.file_number;
-      if (may_be && TargetAt(at->path(), content, target)) return true;
-    }
-    return false;
+/// Looks for the target in a folder.
+bool FindIn(const fs::path& folder, const AliasContent& content, FSRef* target) {
+  std::error_code error;
+  for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+    struct statx info;
+    const bool may_be = ReadObject(AT_FDCWD, at->path().c_str(), &info) == noErr &&
+                        static_cast<UInt32>(info.stx_ino) == content.file_number;
+    if (may_be && TargetAt(at->path(), content, target)) return true;
   }
+  return false;
+}
+
+/// Looks for the target in all that a folder holds but `known`, a folder in it that was searched.
+bool FindBeneath(const fs::path& folder, const fs::path& known, const AliasContent& content,
+                 Deadline* deadline, FSRef* target) {
   SubtreeWalk walk;
   if (walk.Open(folder) != noErr) return false;
   while (const SubtreeWalk::Entry* entry = walk.Next()) {
+    if (deadline->IsOver()) return false;
+    if (entry->is_folder && walk.Path() == known) walk.SkipFolder();
     const bool may_be = static_cast<UInt32>(entry->inode) == content.file_number;
     if (may_be && TargetAt(walk.Path(), content, target)) return true;
   }
   return false;
+}
+
+/// Looks for the target on its volume, in wider and wider surroundings of where it was. A record of
+/// somebody else's may name any folder as its volume; only what is mounted here is walked.
+bool FindOnVolume(const AliasContent& content, FSRef* target) {
+  const std::shared_ptr<const MountTable> mounts = Mounts();
+  const fs::path top = content.mount_point.empty() ? fs::path("/") : content.mount_point;
+  const bool is_mounted =
+      mounts && std::any_of(mounts->begin(), mounts->end(),
+                            [&top](const Mount& mount) { return mount.mount_point == top; });
+  const fs::path& last_seen = content.absolute_path;
+  const bool is_beneath =
+      std::mismatch(top.begin(), top.end(), last_seen.begin(), last_seen.end()).first == top.end();
+  if (!is_mounted || !is_beneath) return false;
+  Deadline deadline(kSearchTime);
+  fs::path known;
+  for (fs::path folder = last_seen.parent_path();; folder = folder.parent_path()) {
+    if (FindBeneath(folder, known, content, &deadline, target)) return true;
+    if (deadline.IsOver() || folder == top || folder == folder.parent_path()) return false;
+    known = folder;
+  }
 }
 
 /// Finds an alias's target. `is_current` tells whether the record still says all of it.
@@ -104,9 +133,8 @@ OSErr Find(const AliasContent& content, const fs::path& from, UInt32 rules, FSRe
   if (content.file_number != 0 && FindMoved(content, target)) return noErr;
   if (relative()) return noErr;
   const bool can_search = content.file_number != 0 && !path.empty();
-  if (can_search && FindBeneath(path.parent_path(), false, content, target)) return noErr;
-  const fs::path top = content.mount_point.empty() ? fs::path("/") : content.mount_point;
-  if (can_search && (rules & kARMSearch) && FindBeneath(top, true, content, target)) return noErr;
+  if (can_search && FindIn(path.parent_path(), content, target)) return noErr;
+  if (can_search && (rules & kARMSearch) && FindOnVolume(content, target)) return noErr;
   *target = {};
   return fnfErr;
 }

@@ -4,7 +4,8 @@
 /// A target is found where it was; else, if its record fits the same object elsewhere, where this
 /// process saw it go, by the way from the file that holds the alias, in its old folder under
 /// another name, or, asked with kARMSearch, anywhere on its volume. What has the target's old place
-/// counts as the target, as a new version of a file does.
+/// counts as the target, as a new version of a file does. The search of a volume goes outwards from
+/// the old folder and ends after five seconds; a volume that is not mounted here is not searched.
 #pragma once
 
 #include <filesystem>

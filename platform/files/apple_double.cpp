@@ -127,20 +127,6 @@ bool Fits(const AppleDouble& sidecar) {
          sidecar.attributes.size() <= kMostParts;
 }
 
-OSStatus WriteAll(int file, Bytes bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(file, bytes.data(), bytes.size());
-    if (written > 0) {
-      bytes = bytes.subspan(static_cast<std::size_t>(written));
-    } else if (written == 0) {
-      return dskFulErr;
-    } else if (errno != EINTR) {
-      return StatusOfErrno(errno);
-    }
-  }
-  return fsync(file) == 0 ? OSStatus{noErr} : StatusOfErrno(errno);
-}
-
 std::string TemporaryName(std::string_view sidecar) {
   static std::atomic<UInt32> counter{0};
   // Cut so that it fits where the sidecar's name does.
@@ -272,7 +258,7 @@ OSStatus WriteSidecar(const ObjectPlace& object, const AppleDouble& sidecar) {
   if (sidecar.HoldsNothing()) return RemoveStraySidecar(folder, object.name);
   struct stat present;
   if (fstatat(folder, name.c_str(), &present, AT_SYMLINK_NOFOLLOW) == 0 &&
-      !IsSidecar(folder, name.c_str())) {
+      KindOfSidecar(folder, name.c_str()) != SidecarKind::kSidecar) {
     return dupFNErr;
   }
   ForkBytes bytes;
@@ -280,8 +266,9 @@ OSStatus WriteSidecar(const ObjectPlace& object, const AppleDouble& sidecar) {
   const std::string temporary = TemporaryName(name);
   const Descriptor file(MakeFileAt(folder, temporary, object.info.stx_mode & 0666));
   if (!file.IsOpen()) return StatusOfErrno(errno);
-  OSStatus status = WriteAll(file.get(), bytes);
-  if (!status && RenameAt(folder, temporary, folder, name, 0) != 0) status = StatusOfErrno(errno);
+  const bool is_done = WriteAll(file.get(), bytes) == 0 && FlushAll(file.get()) == 0 &&
+                       RenameAt(folder, temporary, folder, name, 0) == 0;
+  const OSStatus status = is_done ? OSStatus{noErr} : StatusOfErrno(errno);
   if (status) UnlinkAt(folder, temporary, 0);
   return status;
 }

@@ -146,9 +146,9 @@ UInt64 NodeIdOf(UInt64 inode, bool is_volume_root) {
 
 OSStatus ReadCatalogue(const ObjectView& object, FSCatalogInfoBitmap mask, FSCatalogInfo* out) {
   if (mask & kFSCatInfoNodeFlags) {
-    out->nodeFlags =
-        static_cast<UInt16>((S_ISDIR(object.info.stx_mode) ? kFSNodeIsDirectoryMask : 0) |
-                            (IsLocked(object.info) ? kFSNodeLockedMask : 0));
+    out->nodeFlags = static_cast<UInt16>(
+        (S_ISDIR(object.info.stx_mode) ? kFSNodeIsDirectoryMask : 0) |
+        (IsLocked(object.info) ? kFSNodeLockedMask : 0) | OpenForksOf(IdentityOf(object.info)));
   }
   constexpr FSCatalogInfoBitmap kNumbers =
       kFSCatInfoNodeID | kFSCatInfoVolume | kFSCatInfoParentDirID;
@@ -162,7 +162,8 @@ OSStatus ReadCatalogue(const ObjectView& object, FSCatalogInfoBitmap mask, FSCat
   if (mask & kFSCatInfoPermissions) out->permissions = PermissionsOf(object);
   if (mask & kFSCatInfoUserPrivs) out->userPrivileges = PrivilegesOf(object);
   if (mask & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo)) ReadFinder(object, out);
-  constexpr FSCatalogInfoBitmap kSizes = kFSCatInfoDataSizes | kFSCatInfoValence;
+  constexpr FSCatalogInfoBitmap kSizes =
+      kFSCatInfoDataSizes | kFSCatInfoRsrcSizes | kFSCatInfoValence;
   return !status && (mask & kSizes) ? ReadSizes(object, mask, out) : status;
 }
 

@@ -50,7 +50,10 @@ inline constexpr FSCatalogInfoBitmap kFSCatInfoSettableInfo = 0x1FE3;
 inline constexpr FSCatalogInfoBitmap kFSCatInfoGettableInfo = 0x2FFFF;
 
 inline constexpr UInt16 kFSNodeLockedMask = 0x0001;
+inline constexpr UInt16 kFSNodeResOpenMask = 0x0004;   ///< this process has the resource fork open
+inline constexpr UInt16 kFSNodeDataOpenMask = 0x0008;  ///< this process has the data fork open
 inline constexpr UInt16 kFSNodeIsDirectoryMask = 0x0010;
+inline constexpr UInt16 kFSNodeForkOpenMask = 0x0080;  ///< this process has any fork open
 
 /// What the user may not do with a folder's content: see folders in it, see files in it, change it;
 /// for a file, the second bit is reading, the third writing.

@@ -2,22 +2,21 @@
 
 #include <algorithm>
 #include <cctype>
-#include <chrono>
 #include <cstring>
 #include <string>
 #include <string_view>
 
+#include "deadline.h"
 #include "subtree_walk.h"
 
 namespace {
 
 using quillmere::Owned;
+using quillmere::files::Deadline;
 using quillmere::files::SubtreeWalk;
 
 constexpr UInt32 kKnownBits =
     fsSBFullName | fsSBFlFndrInfo | fsSBFlCrDat | fsSBFlMdDat | fsSBNodeID;
-/// Objects between two looks at the clock.
-constexpr int kObjectsPerLook = 64;
 
 bool IsAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(),
@@ -132,21 +131,6 @@ bool AreValid(const FSSearchParams& terms) {
           (terms.searchName && terms.searchNameLength <= 255)) &&
          (!needs_records || (terms.searchInfo1 && terms.searchInfo2));
 }
-
-/// Tells when a time in milliseconds is over, 0 never being.
-class Deadline {
- public:
-  explicit Deadline(SInt32 milliseconds)
-      : is_set_(milliseconds > 0), end_(Clock::now() + std::chrono::milliseconds(milliseconds)) {}
-  /// Looks at the clock at each kObjectsPerLook-th call.
-  bool IsOver() { return is_set_ && ++calls_ % kObjectsPerLook == 0 && Clock::now() >= end_; }
-
- private:
-  using Clock = std::chrono::steady_clock;
-  bool is_set_;
-  Clock::time_point end_;
-  int calls_ = 0;
-};
 
 }  // namespace
 

@@ -81,7 +81,7 @@ OSStatus RemoveFolder(const ObjectPlace& place) {
     return fBsyErr;
   }
   for (std::size_t i = 0; i < strays.size(); ++i) {
-    if (!IsSidecar(folder.get(), strays[i].data())) return fBsyErr;
+    if (KindOfSidecar(folder.get(), strays[i].data()) != SidecarKind::kSidecar) return fBsyErr;
   }
   for (std::size_t i = 0; i < strays.size(); ++i) {
     if (UnlinkAt(folder.get(), strays[i].data(), 0) != 0) return StatusOfErrno(errno);

@@ -54,6 +54,57 @@ int SetTimes(int folder, const std::string& name, const timespec (&times)[2]) {
   return Fails() ? -1 : utimensat(folder, name.c_str(), times, AT_SYMLINK_NOFOLLOW);
 }
 
+int MakeLinkAt(const std::string& target, int folder, const std::string& name) {
+  return Fails() ? -1 : symlinkat(target.c_str(), folder, name.c_str());
+}
+
+ssize_t WriteBytes(int file, const void* bytes, std::size_t count) {
+  return Fails() ? -1 : write(file, bytes, count);
+}
+
+ssize_t WriteBytesAt(int file, const void* bytes, std::size_t count, off_t position) {
+  return Fails() ? -1 : pwrite(file, bytes, count, position);
+}
+
+ssize_t CopyBytes(int from, int to, std::size_t count) {
+  return Fails() ? -1 : copy_file_range(from, nullptr, to, nullptr, count, 0);
+}
+
+int WriteAll(int file, std::span<const UInt8> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = WriteBytes(file, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written == 0) errno = ENOSPC;
+    if (written <= 0) return -1;
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+int SetSize(int file, off_t size) {
+  return Fails() ? -1 : ftruncate(file, size);
+}
+
+int FlushContent(int file) {
+  return Fails() ? -1 : fdatasync(file);
+}
+
+int FlushAll(int file) {
+  return Fails() ? -1 : fsync(file);
+}
+
+int SetModeOf(int file, mode_t mode) {
+  return Fails() ? -1 : fchmod(file, mode);
+}
+
+int SetTimesOf(int file, const timespec (&times)[2]) {
+  return Fails() ? -1 : futimens(file, times);
+}
+
+int SetAttributeOf(int file, const std::string& attribute, std::span<const UInt8> bytes) {
+  return Fails() ? -1 : fsetxattr(file, attribute.c_str(), bytes.data(), bytes.size(), 0);
+}
+
 int SetAttribute(const std::string& path, const char* attribute, std::span<const UInt8> bytes) {
   if (Fails()) return -1;
   if (!bytes.empty()) return lsetxattr(path.c_str(), attribute, bytes.data(), bytes.size(), 0);

@@ -25,6 +25,25 @@ int SetMode(int folder, const std::string& name, mode_t mode);
 int SetOwner(int folder, const std::string& name, uid_t owner, gid_t group);
 /// Access and modification times, as utimensat takes them.
 int SetTimes(int folder, const std::string& name, const timespec (&times)[2]);
+/// A symbolic link to `target`.
+int MakeLinkAt(const std::string& target, int folder, const std::string& name);
+
+/// On open files. The first three return the bytes that were written, at least one for a count
+/// above 0, or -1; the second at a position, the third of those of another file from its position
+/// on.
+ssize_t WriteBytes(int file, const void* bytes, std::size_t count);
+ssize_t WriteBytesAt(int file, const void* bytes, std::size_t count, off_t position);
+ssize_t CopyBytes(int from, int to, std::size_t count);
+/// Writes all bytes.
+int WriteAll(int file, std::span<const UInt8> bytes);
+int SetSize(int file, off_t size);
+/// Waits until the content, or all that belongs to the file, is on the disk.
+int FlushContent(int file);
+int FlushAll(int file);
+int SetModeOf(int file, mode_t mode);
+int SetTimesOf(int file, const timespec (&times)[2]);
+int SetAttributeOf(int file, const std::string& attribute, std::span<const UInt8> bytes);
+
 /// Sets an extended attribute, or removes it if there are no bytes; no such attribute is success.
 int SetAttribute(const std::string& path, const char* attribute, std::span<const UInt8> bytes);
 

@@ -46,17 +46,6 @@ std::string TemporaryName(UInt32 number) {
   return ".quillmere-copy-" + std::to_string(getpid()) + "-" + std::to_string(number);
 }
 
-bool WriteAll(int file, const UInt8* bytes, std::size_t count) {
-  while (count > 0) {
-    const ssize_t written = write(file, bytes, count);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    bytes += written;
-    count -= static_cast<std::size_t>(written);
-  }
-  return true;
-}
-
 /// Through a buffer, where the system can't copy between the two.
 bool CopyThroughBuffer(int from, int to) {
   std::vector<UInt8> buffer(kBuffer);
@@ -64,14 +53,14 @@ bool CopyThroughBuffer(int from, int to) {
     const ssize_t count = read(from, buffer.data(), buffer.size());
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) return count == 0;
-    if (!WriteAll(to, buffer.data(), static_cast<std::size_t>(count))) return false;
+    if (WriteAll(to, {buffer.data(), static_cast<std::size_t>(count)}) != 0) return false;
   }
 }
 
 OSStatus CopyContent(int from, int to) {
   if (ioctl(to, FICLONE, from) == 0) return noErr;
   for (;;) {
-    const ssize_t count = copy_file_range(from, nullptr, to, nullptr, kCopyStep, 0);
+    const ssize_t count = CopyBytes(from, to, kCopyStep);
     if (count > 0) continue;
     if (count == 0) break;
     if (errno == EINTR) continue;
@@ -97,7 +86,7 @@ OSStatus CopyAttributes(int from, int to) {
     if (!name.starts_with("user.")) continue;
     const ssize_t count = fgetxattr(from, name.c_str(), value.data(), value.size());
     if (count < 0 ||
-        fsetxattr(to, name.c_str(), value.data(), static_cast<std::size_t>(count), 0) != 0) {
+        SetAttributeOf(to, name, {value.data(), static_cast<std::size_t>(count)}) != 0) {
       return StatusOfErrno(errno);
     }
   }
@@ -119,8 +108,8 @@ OSStatus CopyOne(int from_folder, const std::string& from_name, int to_folder,
   if (!status) status = CopyAttributes(from.get(), to.get());
   if (status) return status;
   const timespec times[2] = {info.st_atim, info.st_mtim};
-  const bool is_done = fchmod(to.get(), info.st_mode & 0777) == 0 &&
-                       futimens(to.get(), times) == 0 && fsync(to.get()) == 0;
+  const bool is_done = SetModeOf(to.get(), info.st_mode & 0777) == 0 &&
+                       SetTimesOf(to.get(), times) == 0 && FlushAll(to.get()) == 0;
   return is_done ? OSStatus{noErr} : StatusOfErrno(errno);
 }
 
@@ -130,7 +119,7 @@ OSStatus CopyLink(const ObjectPlace& from, int to_folder, const std::string& to_
   const ssize_t size = readlinkat(from.folder.get(), from.name.c_str(), target, sizeof(target));
   if (size < 0) return StatusOfErrno(errno);
   const std::string text(target, static_cast<std::size_t>(size));
-  if (symlinkat(text.c_str(), to_folder, to_name.c_str()) != 0) return StatusOfErrno(errno);
+  if (MakeLinkAt(text, to_folder, to_name) != 0) return StatusOfErrno(errno);
   made->Add(to_name);
   return noErr;
 }

@@ -12,6 +12,7 @@
 #include <mutex>
 #include <utility>
 
+#include "file_calls.h"
 #include "forks.h"
 
 namespace quillmere::files {
@@ -28,7 +29,7 @@ class DataForkStream final : public ForkStream {
     return pread(file_.get(), buffer, count, position);
   }
   ssize_t Write(const void* bytes, std::size_t count, SInt64 position) override {
-    return pwrite(file_.get(), bytes, count, position);
+    return WriteBytesAt(file_.get(), bytes, count, position);
   }
   OSErr Size(SInt64* size) override {
     struct stat found;
@@ -37,10 +38,10 @@ class DataForkStream final : public ForkStream {
     return noErr;
   }
   OSErr SetSize(SInt64 size) override {
-    return ftruncate(file_.get(), size) == 0 ? OSErr{noErr} : StatusOfErrno(errno);
+    return files::SetSize(file_.get(), size) == 0 ? OSErr{noErr} : StatusOfErrno(errno);
   }
   OSErr Flush() override {
-    return fdatasync(file_.get()) == 0 ? OSErr{noErr} : StatusOfErrno(errno);
+    return FlushContent(file_.get()) == 0 ? OSErr{noErr} : StatusOfErrno(errno);
   }
 
  private:
@@ -173,7 +174,7 @@ OSErr OpenStreamAs(const FSRef& reference, const ObjectPlace& place, const std::
   const bool writes = permission != fsRdPerm;
   if (writes && IsLocked(place.info)) return fLckdErr;
   Descriptor file = OpenFor(place, permission);
-  if (!file.IsOpen()) return StatusOfErrno(errno);
+  if (!file.IsOpen()) return writes && errno == EACCES ? permErr : StatusOfErrno(errno);
   struct stat found;
   if (fstat(file.get(), &found) != 0) return StatusOfErrno(errno);
   if (!S_ISREG(found.st_mode)) return permErr;

@@ -26,6 +26,7 @@ struct OpenFork {
   bool writable = false;
   SInt64 mark = 0;
   FSRef reference{};
+  quillmere::files::ObjectIdentity file{};
   std::string name;
 };
 
@@ -35,6 +36,7 @@ constexpr std::size_t kMostForks = 4096;
 struct ForkTable {
   std::mutex mutex;
   std::array<std::shared_ptr<OpenFork>, kMostForks> forks;
+  std::size_t used = 0;  ///< places from here on are free
 };
 
 ForkTable& Forks() {
@@ -56,6 +58,7 @@ OSErr AddFork(std::shared_ptr<OpenFork> open, FSIORefNum* fork) {
   for (std::size_t i = 0; i < kMostForks; ++i) {
     if (table.forks[i]) continue;
     table.forks[i] = std::move(open);
+    table.used = std::max(table.used, i + 1);
     *fork = static_cast<FSIORefNum>(i + 1);
     return noErr;
   }
@@ -190,6 +193,7 @@ OSErr FSOpenFork(const FSRef* reference, UInt32 fork_name_length, const UniChar*
   open->stream = std::move(opening.stream);
   open->writable = opening.is_writable;
   open->reference = *reference;
+  open->file = opening.file;
   return AddFork(std::move(open), fork);
 }
 
@@ -282,6 +286,8 @@ OSErr FSCloseFork(FSIORefNum fork) {
   ForkTable& table = Forks();
   const std::lock_guard lock(table.mutex);
   table.forks[static_cast<std::size_t>(fork - 1)].reset();
+  while (table.used > 0 && !table.forks[table.used - 1])
+    --table.used;
   return status;
 }
 
@@ -369,6 +375,20 @@ OSErr FSGetForkCBInfo(FSIORefNum fork, FSVolumeRefNum, SInt16* iterator, SInt16*
 }
 
 namespace quillmere::files {
+
+UInt16 OpenForksOf(const ObjectIdentity& file) {
+  ForkTable& table = Forks();
+  const std::lock_guard lock(table.mutex);
+  UInt16 flags = 0;
+  for (std::size_t i = 0; i < table.used; ++i) {
+    const OpenFork* open = table.forks[i].get();
+    if (!open || open->file != file) continue;
+    flags |= kFSNodeForkOpenMask;
+    if (open->name.empty()) flags |= kFSNodeDataOpenMask;
+    if (open->name == kResourceForkName) flags |= kFSNodeResOpenMask;
+  }
+  return flags;
+}
 
 OSErr ReplaceForkContent(FSIORefNum fork, std::span<const UInt8> bytes) {
   ForkBytes old;

@@ -49,9 +49,9 @@ inline constexpr UInt16 forceReadMask = 0x40;
 /// Opens a fork; `fork_name` of length 0 is the data fork. `permission` as above. `*fork` is 0 on
 /// failure. fnfErr for a file that has gone, errFSForkNotFound for a fork that is not there,
 /// errFSBadForkName for a name that none can have (over 100 bytes of UTF-8), opWrErr for one that
-/// is open for writing already, fLckdErr for writing a locked file, permErr or afpAccessDenied for
-/// one that must not be opened so, ioErr for a damaged sidecar, tmfoErr with too many open forks,
-/// paramErr for an unknown permission.
+/// is open for writing already, fLckdErr for writing a locked file, permErr for one that the
+/// user may not write to, afpAccessDenied for one that may not be read or reached, ioErr for a
+/// damaged sidecar, tmfoErr with too many open forks, paramErr for an unknown permission.
 OSErr FSOpenFork(const FSRef* reference, UInt32 fork_name_length, const UniChar* fork_name,
                  SInt8 permission, FSIORefNum* fork);
 /// Writes `count` bytes at `offset` counted from what `position_mode` says; `*actual` (may be null)
@@ -129,6 +129,10 @@ OSErr FSGetForkCBInfo(FSIORefNum fork, FSVolumeRefNum volume, SInt16* iterator, 
 
 namespace quillmere::files {
 
+struct ObjectIdentity;
+
+/// The node flags of the catalogue that tell which forks of a file this process has open.
+UInt16 OpenForksOf(const ObjectIdentity& file);
 /// Makes bytes the whole content of a fork that is open for writing, on the disk as well. For a
 /// fork that is not the data fork a failure leaves the old content.
 OSErr ReplaceForkContent(FSIORefNum fork, std::span<const UInt8> bytes);

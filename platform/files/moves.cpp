@@ -47,32 +47,47 @@ int RenameToFreeName(int from_folder, const std::string& from, int to_folder,
   return RenameAt(from_folder, from, to_folder, to, 0);
 }
 
-/// A volume that does not tell upper and lower case apart finds the object itself in its way.
-bool IsSameEntry(const ObjectPlace& from, const Target& to) {
-  struct statx there;
-  return ReadObject(to.folder, to.name.c_str(), &there) == noErr && there.stx_nlink == 1 &&
-         IdentityOf(there) == IdentityOf(from.info);
+/// Whether two names are one entry: a volume that does not tell upper and lower case apart finds an
+/// object in its own way.
+bool IsSameEntry(int folder_a, const std::string& a, int folder_b, const std::string& b) {
+  struct statx info_a;
+  struct statx info_b;
+  return ReadObject(folder_a, a.c_str(), &info_a) == noErr &&
+         ReadObject(folder_b, b.c_str(), &info_b) == noErr && info_a.stx_nlink == 1 &&
+         IdentityOf(info_a) == IdentityOf(info_b);
+}
+
+/// Renames what replaces nothing but itself in another spelling.
+int RenameEntry(int from_folder, const std::string& from, int to_folder, const std::string& to) {
+  if (RenameToFreeName(from_folder, from, to_folder, to) == 0) return 0;
+  const int error = errno;
+  if (error == EEXIST && IsSameEntry(from_folder, from, to_folder, to) &&
+      RenameAt(from_folder, from, to_folder, to, 0) == 0) {
+    return 0;
+  }
+  errno = error;
+  return -1;
 }
 
 OSStatus RenameObject(const ObjectPlace& from, const Target& to) {
-  if (RenameToFreeName(from.folder.get(), from.name, to.folder, to.name) == 0) return noErr;
+  if (RenameEntry(from.folder.get(), from.name, to.folder, to.name) == 0) return noErr;
   const int error = errno;
-  const bool is_done = error == EEXIST && IsSameEntry(from, to) &&
-                       RenameAt(from.folder.get(), from.name, to.folder, to.name, 0) == 0;
-  if (is_done) return noErr;
   if (error == EXDEV) return diffVolErr;
   return error == EINVAL && from.IsFolder() ? OSStatus{badMovErr} : StatusOfErrno(error);
 }
 
-/// Brings the sidecar after its object. A sidecar in its way has no object and goes; a file of the
-/// user's that has its name stays, and is a failure.
+/// Brings the sidecar after its object. A sidecar in its way has no object and goes, unless it is
+/// the same in another spelling; a file of the user's that has its name stays, and is a failure.
 OSStatus MoveSidecar(const ObjectPlace& from, const Target& to) {
+  const std::string own = SidecarName(from.name);
+  const std::string wanted = SidecarName(to.name);
   const bool has_sidecar = HasSidecar(from.folder.get(), from.name);
-  const OSStatus status = RemoveStraySidecar(to.folder, to.name);
-  if (status || !has_sidecar) return status;
-  const int result =
-      RenameToFreeName(from.folder.get(), SidecarName(from.name), to.folder, SidecarName(to.name));
-  return result == 0 ? OSStatus{noErr} : StatusOfErrno(errno);
+  if (!has_sidecar || !IsSameEntry(from.folder.get(), own, to.folder, wanted)) {
+    const OSStatus status = RemoveStraySidecar(to.folder, to.name);
+    if (status || !has_sidecar) return status;
+  }
+  return RenameEntry(from.folder.get(), own, to.folder, wanted) == 0 ? OSStatus{noErr}
+                                                                     : StatusOfErrno(errno);
 }
 
 OSStatus Move(const FSRef& reference, const ObjectPlace& from, const Target& to) {

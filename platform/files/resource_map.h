@@ -26,6 +26,7 @@ struct Resource {
   // Not part of the fork:
   Handle handle = nullptr;    ///< its bytes in memory, while it has one
   bool is_in_handle = false;  ///< added, and its bytes not taken yet
+  bool is_loaded = false;     ///< its handle was given out with its bytes
 };
 
 struct ResourceMap {

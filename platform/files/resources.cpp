@@ -85,7 +85,9 @@ Handle Give(Resource* resource) {
     HSetState(resource->handle, kHandleResourceMask);
   }
   const auto size = static_cast<Size>(resource->bytes.size());
-  if (loads_resources && GetHandleSize(resource->handle) == 0 && size > 0) {
+  if (!loads_resources) return resource->handle;
+  resource->is_loaded = true;
+  if (GetHandleSize(resource->handle) == 0 && size > 0) {
     SetHandleSize(resource->handle, size);
     if (MemError()) {
       SetStatus(memFullErr);
@@ -118,6 +120,7 @@ void TakeBytes(Resource* resource) {
 Handle TakeHandle(Resource* resource) {
   TakeBytes(resource);
   resource->is_in_handle = false;
+  resource->is_loaded = false;
   Handle handle = std::exchange(resource->handle, nullptr);
   HSetState(handle, static_cast<SInt8>(HGetState(handle) & ~kHandleResourceMask));
   return handle;
@@ -288,6 +291,11 @@ void GetResInfo(Handle handle, SInt16* id, ResType* type, UInt8* name) {
   if (!name) return;
   name[0] = static_cast<UInt8>(resource->name.size());
   std::copy(resource->name.begin(), resource->name.end(), name + 1);
+}
+
+bool quillmere::files::IsResourceLoaded(Handle handle) {
+  const Resource* resource = FindHandle(handle);
+  return resource && (resource->is_loaded || resource->is_in_handle);
 }
 
 void AddResource(Handle handle, ResType type, SInt16 id, const UInt8* name) {

@@ -68,3 +68,11 @@ void DetachResource(Handle resource);
 /// Frees the handle of a resource that stays in its file; null is allowed, and no other handle is
 /// touched: resNotFound.
 void ReleaseResource(Handle resource);
+
+namespace quillmere::files {
+
+/// Whether the handle of a resource has been given out with its bytes, which may be none, or came
+/// from its adder.
+bool IsResourceLoaded(Handle resource);
+
+}  // namespace quillmere::files

@@ -17,17 +17,23 @@ std::string SidecarName(std::string_view name) {
   return "._" + std::string(name);
 }
 
-bool IsSidecar(int folder, const char* name) {
-  if (std::strncmp(name, "._", 2) != 0) return false;
+SidecarKind KindOfSidecar(int folder, const char* name) {
+  if (std::strncmp(name, "._", 2) != 0) return SidecarKind::kNone;
   struct stat found;
-  if (fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return true;
-  if (!S_ISREG(found.st_mode)) return false;
+  if (fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return SidecarKind::kUnknown;
+  if (!S_ISREG(found.st_mode)) return SidecarKind::kNone;
   const Descriptor file(openat(folder, name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  if (!file.IsOpen()) return true;
+  if (!file.IsOpen()) return SidecarKind::kUnknown;
   static constexpr UInt8 kAppleDouble[4] = {0x00, 0x05, 0x16, 0x07};
   UInt8 start[4] = {};
   const ssize_t count = read(file.get(), start, sizeof(start));
-  return count < 0 || (count == 4 && std::memcmp(start, kAppleDouble, 4) == 0);
+  if (count < 0) return SidecarKind::kUnknown;
+  return count == 4 && std::memcmp(start, kAppleDouble, 4) == 0 ? SidecarKind::kSidecar
+                                                                : SidecarKind::kNone;
+}
+
+bool IsSidecar(int folder, const char* name) {
+  return KindOfSidecar(folder, name) != SidecarKind::kNone;
 }
 
 bool HasSidecar(int folder, std::string_view name) {
@@ -38,8 +44,9 @@ bool HasSidecar(int folder, std::string_view name) {
 }
 
 OSStatus RemoveStraySidecar(int folder, std::string_view name) {
-  if (!HasSidecar(folder, name)) return noErr;
-  return UnlinkAt(folder, SidecarName(name), 0) == 0 ? OSStatus{noErr} : StatusOfErrno(errno);
+  const std::string sidecar = SidecarName(name);
+  if (KindOfSidecar(folder, sidecar.c_str()) != SidecarKind::kSidecar) return noErr;
+  return UnlinkAt(folder, sidecar, 0) == 0 ? OSStatus{noErr} : StatusOfErrno(errno);
 }
 
 }  // namespace quillmere::files

@@ -12,13 +12,20 @@ namespace quillmere::files {
 
 /// The name of the sidecar of `name`.
 std::string SidecarName(std::string_view name);
-/// Whether what is called `name` in the open folder `folder` is a sidecar: its name starts with
-/// "._" and its bytes with the AppleDouble number. A user's own file may have such a name too. One
-/// that can't be read counts as a sidecar.
+/// What a name in a folder may be. A user's own file may have the name of a sidecar; its first
+/// bytes tell, which are the AppleDouble number in a sidecar.
+enum class SidecarKind {
+  kNone,     ///< another name, no regular file, or other bytes
+  kUnknown,  ///< the name of a sidecar, but its bytes can't be read
+  kSidecar
+};
+SidecarKind KindOfSidecar(int folder, const char* name);
+/// Whether what is called `name` in the open folder `folder` is, or has to be taken for, a sidecar.
+/// Only what is one for certain may be deleted.
 bool IsSidecar(int folder, const char* name);
 /// Whether the object `name` in an open folder has a sidecar.
 bool HasSidecar(int folder, std::string_view name);
-/// Removes a sidecar of `name`, if there is one, whose object has gone or is new.
+/// Removes a sidecar of `name`, if there is one for certain, whose object has gone or is new.
 OSStatus RemoveStraySidecar(int folder, std::string_view name);
 
 }  // namespace quillmere::files

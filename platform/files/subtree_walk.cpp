@@ -22,14 +22,9 @@ struct FolderCloser {
 };
 using OpenFolder = std::unique_ptr<DIR, FolderCloser>;
 
-OpenFolder OpenWithoutLinks(const std::string& path) {
-  const int descriptor =
-      open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return nullptr;
-  OpenFolder folder(fdopendir(descriptor));
-  if (!folder) close(descriptor);
-  return folder;
-}
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
+/// Folders on the way to the innermost one that are held open.
+constexpr std::size_t kMostOpen = 32;
 
 /// Whether an entry is a folder; a file system that does not tell is asked for the object.
 bool IsFolder(int folder, const dirent& entry) {
@@ -54,41 +49,69 @@ OSStatus SubtreeWalk::VolumeOf(int folder, Volume* volume) {
   return noErr;
 }
 
-OSStatus SubtreeWalk::Enter(std::string path) {
-  const OpenFolder folder = OpenWithoutLinks(path);
-  if (!folder) return StatusOfErrno(errno);
-  const int descriptor = dirfd(folder.get());
+OSStatus SubtreeWalk::Enter(Descriptor folder, std::string path) {
+  if (!folder.IsOpen()) return StatusOfErrno(errno);
   Volume volume{};
-  const OSStatus status = VolumeOf(descriptor, &volume);
+  OSStatus status = VolumeOf(folder.get(), &volume);
+  struct stat found;
+  if (!status && fstat(folder.get(), &found) != 0) status = StatusOfErrno(errno);
   if (status) return status;
   if (levels_.empty()) volume_ = volume;
   if (volume != volume_) return noErr;
   Level level;
-  while (const dirent* entry = readdir(folder.get())) {
+  // Reading goes through a descriptor of its own, which closedir takes away.
+  const OpenFolder entries(fdopendir(openat(folder.get(), ".", kFolderFlags)));
+  if (!entries) return StatusOfErrno(errno);
+  while (const dirent* entry = readdir(entries.get())) {
     const char* name = entry->d_name;
     if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) continue;
-    if (IsSidecar(descriptor, name)) continue;
-    level.entries.push_back({name, entry->d_ino, IsFolder(descriptor, *entry)});
+    if (IsSidecar(folder.get(), name)) continue;
+    level.entries.push_back({name, entry->d_ino, IsFolder(folder.get(), *entry)});
   }
   std::sort(level.entries.begin(), level.entries.end(),
             [](const Entry& a, const Entry& b) { return a.name < b.name; });
   if (path.back() != '/') path += '/';
+  level.folder = std::move(folder);
+  level.device = found.st_dev;
+  level.inode = found.st_ino;
   level.path = std::move(path);
   levels_.push_back(std::move(level));
+  if (levels_.size() > kMostOpen) levels_[levels_.size() - 1 - kMostOpen].folder = Descriptor();
   return noErr;
 }
 
 OSStatus SubtreeWalk::Open(const std::filesystem::path& root) {
   levels_.clear();
   last_is_folder_ = false;
-  return Enter(root.native());
+  return Enter(Descriptor(open(root.c_str(), kFolderFlags)), root.native());
+}
+
+/// Enters the folder that Next gave last. One that has gone or that the user may not read is passed
+/// over.
+void SubtreeWalk::EnterLast() {
+  const Level& level = levels_.back();
+  const std::string& name = level.entries[level.next - 1].name;
+  Enter(Descriptor(openat(level.folder.get(), name.c_str(), kFolderFlags)), level.path + name);
+}
+
+/// Leaves the innermost folder. The one that held it is opened again if it was closed; when that
+/// has become another one, the rest of it is passed over.
+void SubtreeWalk::Leave() {
+  const Level left = std::move(levels_.back());
+  levels_.pop_back();
+  if (levels_.empty() || levels_.back().folder.IsOpen()) return;
+  Level& level = levels_.back();
+  level.folder = Descriptor(openat(left.folder.get(), "..", kFolderFlags));
+  struct stat found;
+  const bool is_same = level.folder.IsOpen() && fstat(level.folder.get(), &found) == 0 &&
+                       found.st_dev == level.device && found.st_ino == level.inode;
+  if (!is_same) level.next = level.entries.size();
 }
 
 const SubtreeWalk::Entry* SubtreeWalk::Next() {
-  // One that has gone or that the user may not read is passed over.
-  if (std::exchange(last_is_folder_, false)) Enter(Path());
+  if (std::exchange(last_is_folder_, false)) EnterLast();
   while (!levels_.empty() && levels_.back().next == levels_.back().entries.size())
-    levels_.pop_back();
+    Leave();
   if (levels_.empty()) return nullptr;
   Level& level = levels_.back();
   const Entry& entry = level.entries[level.next++];

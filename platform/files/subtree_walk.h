@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base_types.h"
+#include "descriptor.h"
 
 struct FolderIterator;
 
@@ -15,6 +16,8 @@ namespace quillmere::files {
 
 /// Goes folder by folder, names in the order of their bytes, an object before what it holds. It
 /// follows no link, stays on the volume of its root, and passes over folders that it may not read.
+/// Each folder is opened through the one that holds it, so that nobody can lead the walk elsewhere
+/// by putting a link in the place of a folder, and depth has no limit but memory.
 class SubtreeWalk {
  public:
   /// An object on the way.
@@ -28,11 +31,16 @@ class SubtreeWalk {
   OSStatus Open(const std::filesystem::path& root);
   /// The next object, null at the end. It stays valid until the next call.
   const Entry* Next();
+  /// Has Next pass over what the folder that it gave last holds.
+  void SkipFolder() { last_is_folder_ = false; }
   /// The path of the object that Next gave last.
   std::string Path() const;
 
  private:
   struct Level {
+    Descriptor folder;  ///< closed for all but the innermost few
+    UInt64 device = 0;
+    UInt64 inode = 0;
     std::string path;  ///< with a slash at its end
     std::vector<Entry> entries;
     std::size_t next = 0;
@@ -43,7 +51,9 @@ class SubtreeWalk {
     bool operator==(const Volume&) const = default;
   };
   static OSStatus VolumeOf(int folder, Volume* volume);
-  OSStatus Enter(std::string path);
+  OSStatus Enter(Descriptor folder, std::string path);
+  void EnterLast();
+  void Leave();
 
   std::vector<Level> levels_;
   Volume volume_{};

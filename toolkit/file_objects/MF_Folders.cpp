@@ -34,6 +34,13 @@ SInt32 Empty(const FSRef& folder, UInt16 node_flags, MF_DeleteContainerState* st
   return state->result;
 }
 
+/// Deletes an object whose lock was taken away; the lock comes back if the object stays.
+SInt32 DeleteUnlocked(const FSRef& object, UInt16 node_flags) {
+  const SInt32 status = Checked(FSDeleteObject(&object), "FSDeleteObject failed");
+  if (status && (node_flags & kFSNodeLockedMask)) SetLock(object, true);
+  return status;
+}
+
 /// Deletes an object with all that it holds.
 SInt32 DeleteObject(const FSRef& object, MF_DeleteContainerState* state) {
   const FSCatalogInfo info = state->catalogInfo;  // a level below uses the state too
@@ -45,7 +52,7 @@ SInt32 DeleteObject(const FSRef& object, MF_DeleteContainerState* state) {
   } else if (info.nodeFlags & kFSNodeLockedMask) {
     status = SetLock(object, false);
   }
-  return status ? status : Checked(FSDeleteObject(&object), "FSDeleteObject failed");
+  return status ? status : DeleteUnlocked(object, info.nodeFlags);
 }
 
 SInt32 ReadNodeFlags(const FSRef* folder, UInt16* node_flags) {
@@ -98,7 +105,7 @@ SInt32 MF_FSDeleteContainer(const FSRef* folder) {
   MF_DeleteContainerState state{};
   SInt32 status = ReadNodeFlags(folder, &node_flags);
   if (!status) status = Empty(*folder, node_flags, &state);
-  return status ? status : Checked(FSDeleteObject(folder), "FSDeleteObject failed");
+  return status ? status : DeleteUnlocked(*folder, node_flags);
 }
 
 void MF_FSIterateContainerLevel(const FSRef* container, MF_IterateState* state) {

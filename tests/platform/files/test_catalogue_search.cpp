@@ -1,17 +1,21 @@
 /// The search of the catalogue.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <limits>
 #include <set>
 
 #include "catalogue_search.h"
+#include "subtree_walk.h"
 #include "test_files.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using quillmere::files::SubtreeWalk;
 using quillmere::test::TemporaryFolder;
 using quillmere::test::WriteFile;
 
@@ -118,6 +122,28 @@ TEST_F(CatalogueSearch, AllObjectsInBatchesOfAnySize) {
   EXPECT_EQ(all.size(), std::set<std::string>(all.begin(), all.end()).size());
   for (const ItemCount batch : {2U, 5U, 12U, 13U})
     EXPECT_EQ(all, Find(terms, batch));
+}
+
+TEST_F(CatalogueSearch, AnyDepthThroughOneDescriptorForEachOfAFewLevels) {
+  const TemporaryFolder deep;
+  constexpr int kLevels = 3000;  // paths far beyond what the system takes at once
+  int level = open(deep.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  for (int i = 0; i < kLevels; ++i) {
+    ASSERT_EQ(mkdirat(level, "level", 0755), 0);
+    ASSERT_EQ(mkdirat(level, "next", 0755), 0);
+    const int inner = openat(level, "level", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    close(level);
+    level = inner;
+  }
+  close(level);
+  SubtreeWalk walk;
+  ASSERT_EQ(walk.Open(deep.path()), noErr);
+  int levels = 0;
+  int others = 0;
+  while (const SubtreeWalk::Entry* entry = walk.Next())
+    ++(entry->name == "level" ? levels : others);
+  EXPECT_EQ(levels, kLevels);
+  EXPECT_EQ(others, kLevels);
 }
 
 TEST_F(CatalogueSearch, TermsThatMakeNoSense) {

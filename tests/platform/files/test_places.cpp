@@ -5,7 +5,9 @@
 #include <vector>
 
 #include "aliases.h"
+#include "as_nobody.h"
 #include "catalogue.h"
+#include "creation.h"
 #include "file_references.h"
 #include "test_files.h"
 
@@ -115,6 +117,23 @@ TEST(Places, OnlyRealSidecarsAreLeftOut) {
   ASSERT_EQ(listed.size(), 2U);
   EXPECT_EQ(Place(listed[0]), folder / "._clip.mov");
   EXPECT_EQ(Place(listed[1]), folder / "x.mov");
+}
+
+TEST(Places, WhatCantBeReadIsNotDeletedAsASidecar) {
+  const TemporaryFolder folder;
+  const quillmere::test::AsNobody as_nobody(folder.path());
+  fs::create_directory(folder / "sub");
+  for (const char* name : {"x.mov", "._x.mov", "sub/._y.mov"}) {
+    WriteFile(folder / name, "mine");
+    fs::permissions(folder / name, fs::perms::owner_write);
+  }
+  ASSERT_EQ(List(folder.path()).size(), 2U);
+  const FSRef file = Reference(folder / "x.mov");
+  EXPECT_EQ(FSDeleteObject(&file), noErr);
+  const FSRef sub = Reference(folder / "sub");
+  EXPECT_EQ(FSDeleteObject(&sub), fBsyErr);
+  EXPECT_TRUE(fs::exists(folder / "._x.mov"));
+  EXPECT_TRUE(fs::exists(folder / "sub/._y.mov"));
 }
 
 TEST(Places, PathsAreBroughtToOneForm) {
