@@ -84,6 +84,14 @@ CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef url) {
   return bundle;
 }
 
+CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle) {
+  if (!bundle) return nullptr;
+  if (!bundle->folder.empty()) return quillmere::CreateUrlOfPath(bundle->folder);
+  std::error_code error;
+  const fs::path program = fs::read_symlink("/proc/self/exe", error);
+  return error ? nullptr : quillmere::CreateUrlOfPath(program);
+}
+
 CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringRef type,
                                  CFStringRef sub_folder) {
   if (!bundle) return nullptr;

@@ -20,6 +20,9 @@ using CFBundleRef = const CFBundle*;
 CFBundleRef CFBundleGetMainBundle();
 /// The bundle in an existing folder, which the caller owns; null if there is no folder.
 CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef url);
+/// Where a bundle lies: its folder, or the executable file for the program's own, which has none.
+/// The caller owns the URL; null if it can't be told.
+CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle);
 /// The URL of a resource file by its name, or null if there is none. The caller owns it.
 CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringRef type,
                                  CFStringRef sub_folder);

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <mutex>
 
-#include "GL_File.h"
+#include "GL_File_Paths.h"
 #include "GL_Strings_Unicode.h"
 #include "debug_thread_private.h"
 #include "thread_data.h"

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "GL_File.h"
+#include "GL_File_Paths.h"
 #include "ORW_Debug.h"
 #include "debug_thread_private.h"
 #include "status_texts.h"

@@ -11,13 +11,10 @@
 #include "catalogue.h"
 #include "creation.h"
 #include "forks.h"
-#include "launch_services.h"
 
 namespace {
 
 constexpr ItemCount kBatch = 10;
-/// What a path or a name that can't be turned into a string gives.
-constexpr SInt32 kPathErr = -4960;
 
 /// What a walk asks the catalogue for.
 enum Wanted : unsigned { kReferences = 1, kNames = 2, kBoth = 3 };
@@ -236,36 +233,4 @@ SInt32 GL_FindFilesWithSameNameInSameFolder(const FSRef* file, FSRef* array, SIn
 
 SInt32 GL_OpenDataFork(const FSRef* file, SInt8 permission, SInt16* fork) {
   return FSOpenFork(file, 0, nullptr, permission, fork);
-}
-
-SInt32 GL_PosixPathToFileNameCFStrNoExt(const char* path, CFStringRef* name) {
-  if (name) *name = nullptr;
-  if (!path || !name) return paramErr;
-  std::string_view last(path);
-  while (last.size() > 1 && last.back() == '/')
-    last.remove_suffix(1);
-  last.remove_prefix(last.rfind('/') + 1);  // no slash: npos + 1 is 0
-  const quillmere::Owned<CFStringRef> component(CFStringCreateWithCString(
-      kCFAllocatorDefault, std::string(last).c_str(), kCFStringEncodingUTF8));
-  const std::u16string_view units = quillmere::UnitsOf(component.get());
-  if (units.empty()) return kPathErr;
-  const auto* characters = reinterpret_cast<const UniChar*>(units.data());
-  UniCharCount start = kLSInvalidExtensionIndex;
-  LSGetExtensionInfo(units.size(), characters, &start);
-  const UniCharCount length = start == kLSInvalidExtensionIndex ? units.size() : start - 1;
-  *name =
-      CFStringCreateWithCharacters(kCFAllocatorDefault, characters, static_cast<CFIndex>(length));
-  return noErr;
-}
-
-SInt32 GL_PosixPathToFileNameCFMutStrNoExtMaxLen(const char* path, SInt32 max_length,
-                                                 CFMutableStringRef* name) {
-  if (name) *name = nullptr;
-  if (!path || !name) return paramErr;
-  quillmere::Owned<CFStringRef> whole;
-  const SInt32 status = GL_PosixPathToFileNameCFStrNoExt(path, whole.out());
-  if (status) return status;
-  *name = CFStringCreateMutableCopy(kCFAllocatorDefault, 0, whole.get());
-  GL_CFStrTruncMiddle(*name, max_length);
-  return noErr;
 }

@@ -63,10 +63,3 @@ SInt32 GL_FindFilesWithSameNameInSameFolder(const FSRef* file, FSRef* array, SIn
 
 /// Opens a file's data fork; `permission` is one of forks.h. The caller closes it.
 SInt32 GL_OpenDataFork(const FSRef* file, SInt8 permission, SInt16* fork);
-
-/// The last component of a POSIX path in UTF-8 without its extension, as a new string that the
-/// caller owns. -4960 if there is none or it is not UTF-8.
-SInt32 GL_PosixPathToFileNameCFStrNoExt(const char* path, CFStringRef* name);
-/// The same, shortened in its middle to `max_length` UTF-16 units.
-SInt32 GL_PosixPathToFileNameCFMutStrNoExtMaxLen(const char* path, SInt32 max_length,
-                                                 CFMutableStringRef* name);

@@ -59,7 +59,8 @@ SInt32 GL_CreateFile(const FSRef* folder, const HFSUniStr255* name, OSType creat
   if (LookUp(folder, name, file) == noErr && !replace_existing) return dupFNErr;
   const FSCatalogInfo info = quillmere::general::InfoOfNewFile(creator, type);
   SInt32 status = CreateWith(folder, name, info, file);
-  if (status == dupFNErr) {
+  // Without leave to replace it, what somebody else made in between stays.
+  if (status == dupFNErr && replace_existing) {
     status = LookUp(folder, name, file);
     if (!status) status = FSDeleteObject(file);
     if (status) return status;

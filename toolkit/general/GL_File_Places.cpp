@@ -2,11 +2,11 @@
 #include "GL_Errors.h"
 #include "GL_File.h"
 #include "GL_File_Creation.h"
+#include "GL_File_Paths.h"
 #include "GL_Strings_Unicode.h"
 #include "GL_Volumes.h"
 #include "MF_FileObjects.h"
 #include "cf_bundle.h"
-#include "process_location.h"
 
 using quillmere::Owned;
 
@@ -39,9 +39,8 @@ SInt32 GL_FindNamedResourceFolderInAppBundle(CFStringRef name, FSRef* folder) {
 }
 
 SInt32 GL_GetAppParentDirectory(FSRef* folder) {
-  const ProcessSerialNumber current = {0, kCurrentProcess};
   FSRef application;
-  const SInt32 status = GetProcessBundleLocation(&current, &application);
+  const SInt32 status = GL_CurrentProcessRef(&application);
   return status ? status : MF_FSGetParentRef(&application, folder);
 }
 

@@ -153,7 +153,7 @@ Boolean GL_ResourceExists(ResFileRefNum file, ResType type, SInt16 index, SInt16
   const SInt32 status = GL_Get1Resource(file, type, index, id, &found);
   SetResLoad(1);
   // A handle that was loaded before, and given out, stays.
-  if (found != nullptr && GetHandleSize(found) == 0) ReleaseResource(found);
+  if (found != nullptr && !quillmere::files::IsResourceLoaded(found)) ReleaseResource(found);
   return status == noErr;
 }
 

@@ -12,26 +12,8 @@ namespace {
 
 using quillmere::Owned;
 
-constexpr SInt32 kAllRoles = -1;
 constexpr UInt32 kTicksPerSecond = 60;
 constexpr UInt8 kCanNotWrite = 0x7;
-
-/// The state of a search for a folder that can be written.
-struct WriteSearch {
-  UInt32 start;  ///< ticks
-  UInt32 limit;  ///< ticks
-  bool found;
-};
-
-Boolean GL_UserHasWritePrivilegeToSomeFolderIterateFilter(
-    Boolean /*container_changed*/, ItemCount /*current_level*/, const FSCatalogInfo* info,
-    const FSRef* /*reference*/, const HFSUniStr255* /*name*/, void* your_data) {
-  auto* const search = static_cast<WriteSearch*>(your_data);
-  if ((info->nodeFlags & kFSNodeIsDirectoryMask) && !(info->userPrivileges & kCanNotWrite)) {
-    search->found = true;
-  }
-  return search->found || TickCount() - search->start > search->limit;
-}
 
 /// A name as the path shows it.
 std::string TextOf(const HFSUniStr255& name) {
@@ -68,29 +50,36 @@ SInt32 MiddleOf(const FSRef& parent, UInt16 kind, std::string* text) {
 SInt32 GL_GetFileUTI(CFURLRef url, CFStringRef* type) {
   if (type == nullptr) return paramErr;
   *type = nullptr;
-  FSRef file{};
-  if (!CFURLGetFSRef(url, &file)) return fnfErr;
-  Owned<CFTypeRef> extension;
-  SInt32 status = LSCopyItemAttribute(&file, kAllRoles, kLSItemExtension, extension.out());
-  if (status == noErr) {
-    *type = UTTypeCreatePreferredIdentifierForTag(
-        kUTTagClassFilenameExtension, static_cast<CFStringRef>(extension.get()), kUTTypeData);
+  LSItemInfoRecord info;
+  const SInt32 status =
+      LSCopyItemInfoForURL(url, kLSRequestExtension | kLSRequestTypeCreator, &info);
+  if (status != noErr) return status;
+  const Owned<CFStringRef> extension(info.extension);
+  if (extension) {
+    *type = UTTypeCreatePreferredIdentifierForTag(kUTTagClassFilenameExtension, extension.get(),
+                                                  kUTTypeData);
   }
-  if (*type != nullptr || (status != noErr && status != kLSAttributeNotFoundErr)) return status;
-  MF_FinderInfo info{};
-  Boolean is_folder = 0;
-  status = MF_FSGetFinderInfo(&file, &info, nullptr, &is_folder);
-  if (status != noErr || is_folder || info.fileType == 0) return status;
-  const Owned<CFStringRef> code(UTCreateStringForOSType(info.fileType));
+  if (*type != nullptr || info.filetype == 0) return noErr;
+  const Owned<CFStringRef> code(UTCreateStringForOSType(info.filetype));
   *type = UTTypeCreatePreferredIdentifierForTag(kUTTagClassOSType, code.get(), kUTTypeData);
   return noErr;
+}
+
+Boolean GL_UserHasWritePrivilegeToSomeFolderIterateFilter(
+    Boolean /*container_changed*/, ItemCount /*current_level*/, const FSCatalogInfo* info,
+    const FSRef* /*reference*/, const HFSUniStr255* /*name*/, void* write_search) {
+  auto* const search = static_cast<GL_WriteSearch*>(write_search);
+  if ((info->nodeFlags & kFSNodeIsDirectoryMask) && !(info->userPrivileges & kCanNotWrite)) {
+    search->found = true;
+  }
+  return search->found || TickCount() - search->start > search->limit;
 }
 
 SInt32 GL_UserHasWritePrivilegeToSomeFolder(const FSRef* folder, UInt32 max_levels,
                                             UInt32 timeout_seconds, Boolean* has) {
   if (has == nullptr) return paramErr;
   *has = 0;
-  WriteSearch search = {TickCount(), timeout_seconds * kTicksPerSecond, false};
+  GL_WriteSearch search = {TickCount(), UInt64{timeout_seconds} * kTicksPerSecond, false};
   const SInt32 status =
       MF_FSIterateContainer(folder, max_levels, kFSCatInfoNodeFlags | kFSCatInfoUserPrivs, 0, 0,
                             GL_UserHasWritePrivilegeToSomeFolderIterateFilter, &search);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "base_types.h"
+#include "catalogue.h"
 #include "cf_strings.h"
 #include "cf_urls.h"
 #include "file_dates.h"
@@ -103,6 +104,17 @@ SInt32 GL_FileObjectsOnSameSystem(const FSRef* a, const FSRef* b, Boolean* same)
 /// `folder`. A walk that takes longer than the time is given up with the answer no.
 SInt32 GL_UserHasWritePrivilegeToSomeFolder(const FSRef* folder, UInt32 max_levels,
                                             UInt32 timeout_seconds, Boolean* has);
+/// The state of that walk, in ticks of 1/60 second.
+struct GL_WriteSearch {
+  UInt32 start;
+  UInt64 limit;
+  bool found;
+};
+/// Its filter, for MF_FSIterateContainer with a GL_WriteSearch: 1 once a folder that the user may
+/// write into is found or the time is over.
+Boolean GL_UserHasWritePrivilegeToSomeFolderIterateFilter(
+    Boolean container_changed, ItemCount current_level, const FSCatalogInfo* info,
+    const FSRef* reference, const HFSUniStr255* name, void* write_search);
 /// Prints a short form of the object's path on standard output, "/volume/.../folder/name", and a
 /// line end.
 SInt32 GL_PrintFileObjNameDirVol(const FSRef* reference);
