@@ -23,6 +23,9 @@ constexpr UInt32 kMagic = 0x00051607;
 constexpr UInt32 kVersion = 0x00020000;
 constexpr std::size_t kCountAt = 24;
 constexpr std::size_t kHeaderSize = 26;
+/// What other systems write where the form has 16 free bytes; some readers know sidecars by it.
+constexpr std::string_view kHomeSystem = "Mac OS X        ";
+constexpr std::size_t kHomeSystemAt = 8;
 constexpr std::size_t kEntrySize = 12;
 constexpr UInt32 kResourceForkEntry = 2;
 constexpr std::size_t kFinderSize = sizeof(FinderInformation::bytes);
@@ -201,6 +204,7 @@ bool BuildAppleDouble(const AppleDouble& sidecar, ForkBytes* bytes) {
   bytes->resize(kHeaderSize + count * kEntrySize);
   WriteU32(bytes->data(), kMagic);
   WriteU32(bytes->data() + 4, kVersion);
+  kHomeSystem.copy(reinterpret_cast<char*>(bytes->data()) + kHomeSystemAt, kHomeSystem.size());
   WriteU16(bytes->data() + kCountAt, static_cast<UInt16>(count));
   std::size_t row = kHeaderSize;
   const auto note = [&](UInt32 number, std::size_t start) {

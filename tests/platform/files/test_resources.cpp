@@ -7,6 +7,7 @@
 #include <random>
 
 #include "file_calls.h"
+#include "forks.h"
 #include "resource_map.h"
 #include "resources.h"
 #include "test_files.h"
@@ -183,6 +184,35 @@ TEST(ResourceMap, ComesBackAsItWasAndNoByteCanBreakIt) {
       EXPECT_LE(total, damaged.size());
     }
   }
+}
+
+TEST_F(ResourcesTest, OtherProgramsReadTheForkAndItsSidecar) {
+  static constexpr char kVersion[] = "\2\x10\x80\0\0\0\0052.1.0\0122.1 trials";
+  const ResFileRefNum number = Open(fsRdWrPerm);
+  AddResource(HandleOf({kVersion, sizeof kVersion - 1}), "vers"_4cc, 1, nullptr);
+  AddResource(HandleOf(std::string(5000, 'x')), "DATA"_4cc, 128, nullptr);
+  CloseResFile(number);
+  ASSERT_EQ(ResError(), noErr);
+  FSIORefNum fork = 0;
+  ASSERT_EQ(FSCreateFork(&file, 5, u"notes"), noErr);
+  ASSERT_EQ(FSOpenFork(&file, 5, u"notes", fsRdWrPerm, &fork), noErr);
+  EXPECT_EQ(FSWriteFork(fork, fsFromStart, 0, 4500, std::string(4500, 'n').data(), nullptr), noErr);
+  EXPECT_EQ(FSCloseFork(fork), noErr);
+  const auto told =
+      quillmere::test::RunCommand({"exiftool", "-s", "-G1", (folder / "._r").string()});
+  EXPECT_NE(told.output.find("XAttrQuillmereForkNotes"), std::string::npos) << told.output;
+
+  HFSUniStr255 name;
+  std::vector<UInt8> bytes;
+  ASSERT_EQ(FSGetResourceForkName(&name), noErr);
+  ASSERT_EQ(FSOpenFork(&file, name.length, name.unicode, fsRdPerm, &fork), noErr);
+  EXPECT_EQ(files::ReadForkContent(fork, &bytes), noErr);
+  FSCloseFork(fork);
+  const std::filesystem::path plain = folder / "fork.rsrc";
+  quillmere::test::WriteFile(plain, bytes);
+  const auto resources =
+      quillmere::test::RunCommand({"exiftool", "-s3", "-ApplicationVersion", plain.string()});
+  EXPECT_EQ(resources.output, "2.1 trials\n");
 }
 
 TEST_F(ResourcesTest, DamagedAndEmptyForksHaveStatuses) {
