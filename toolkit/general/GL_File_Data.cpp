@@ -65,6 +65,12 @@ SInt32 GL_RemoveAllDataFromFile(const FSRef* file) {
   return GL_ReplaceDataInFile(0, file, 0, nullptr);
 }
 
+SInt32 GL_SetEOF(FSIORefNum fork, const FSRef* file, SInt64 end) {
+  UsedFork used;
+  const SInt32 status = used.Use(std::max(fork, FSIORefNum{0}), file, 0, nullptr, fsRdWrPerm);
+  return status == noErr ? FSSetForkSize(used.number(), fsFromStart, end) : status;
+}
+
 SInt32 GL_ClearFile(FSIORefNum fork, SInt64 offset, SInt64 size, UInt32 chunk_size) {
   SInt64 end = 0;
   if (size < 0 || chunk_size == 0 || __builtin_add_overflow(offset, size, &end)) return paramErr;

@@ -17,6 +17,8 @@ SInt32 GL_RemoveDataFromFile(const FSRef* file, UInt16 position_mode, SInt64 off
 SInt32 GL_ReplaceDataInFile(FSIORefNum fork, const FSRef* file, UInt32 size, const void* buffer);
 /// The data fork has no bytes then.
 SInt32 GL_RemoveAllDataFromFile(const FSRef* file);
+/// Cuts a data fork off at `end` bytes, or lengthens it with zeros; `fork` above 0 is an open one.
+SInt32 GL_SetEOF(FSIORefNum fork, const FSRef* file, SInt64 end);
 /// Writes `size` zeros from `offset` on, up to `chunk_size` at a time; paramErr for a chunk of 0
 /// bytes or a size below 0.
 SInt32 GL_ClearFile(FSIORefNum fork, SInt64 offset, SInt64 size, UInt32 chunk_size);

@@ -4,14 +4,18 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <vector>
 
 #include "GL_File.h"
+#include "GL_File_Data.h"
 #include "QT_Error_Keys.h"
+#include "QT_Media_Intervals.h"
 #include "big_endian.h"
+#include "media_times.h"
 #include "up_time.h"
 
 namespace {
@@ -181,6 +185,23 @@ SInt32 QT_FixMpg4Mdat(const FSRef* file) {
     return noErr;
   CorrectMdat(open.fork(), place, remaining, size, long_size);
   return QT_MdatHeaderErr;
+}
+
+SInt32 QT_MoveBackMovieEOF(FSIORefNum fork, const FSRef* file, Track track, TimeValue track_time) {
+  const TimeValue time = TrackTimeToMediaTime(track_time, track);
+  if (time < 0) return invalidTime;
+  SInt64 offset = 0;
+  SInt32 begin = 0;
+  SInt32 duration = 0;
+  const auto find = [&](SInt32 at) {
+    return QT_GetMediaSampleReference64(GetTrackMedia(track), &offset, nullptr, at, &begin,
+                                        &duration, nullptr, nullptr, 1, nullptr, nullptr);
+  };
+  SInt32 status = find(time);
+  if (status == noErr && time > begin) status = find(begin + duration);
+  if (status != noErr) return status;
+  return offset <= std::numeric_limits<UInt32>::max() ? GL_SetEOF(fork, file, offset)
+                                                      : SInt32{paramErr};
 }
 
 SInt32 QT_GetMainAtoms(FSIORefNum fork, UInt32* count, SInt64** sizes, OSType** types) {

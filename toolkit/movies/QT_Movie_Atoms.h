@@ -8,6 +8,7 @@
 #include "base_types.h"
 #include "file_references.h"
 #include "forks.h"
+#include "movie_toolbox.h"
 
 /// Writes 16 bytes at the fork's mark: an empty `wide` atom of 8 bytes and an `mdat` atom that
 /// holds nothing yet. Data starts behind them, whichever form the header takes when it is closed.
@@ -30,6 +31,13 @@ SInt32 QT_SetFileSizeInMdatHeaderAtMark(FSIORefNum fork, SInt64 position);
 /// only the second form can be written, which takes the 24 bytes from the first atom's start. A
 /// correction is printed on standard output, without a newline.
 SInt32 QT_FixMpg4Mdat(const FSRef* file);
+
+/// Cuts off the file that holds a track's samples, `fork` if that is above 0 and else `file`, at
+/// the first sample that begins at or behind a track time: its bytes and all that follow are gone.
+/// A file that others still read loses them too; the movie is not changed. With nothing cut:
+/// invalidTime where the track shows nothing or no sample begins behind the time, paramErr for an
+/// offset beyond 32 bits.
+SInt32 QT_MoveBackMovieEOF(FSIORefNum fork, const FSRef* file, Track track, TimeValue track_time);
 
 /// The sizes and types of a fork's top-level atoms, `*count` of each, in their order. Both arrays
 /// come from malloc and are the caller's; null for no atoms.

@@ -9,6 +9,7 @@
 
 #include "LL_Linked_Lists.h"
 #include "QT_Media_Intervals.h"
+#include "QT_Movie_Atoms.h"
 #include "QT_Movie_File.h"
 #include "QT_Movie_Info.h"
 #include "file_objects.h"
@@ -322,6 +323,29 @@ TEST_F(MediaIntervals, TellBytesUsedTwice) {
   EXPECT_EQ(interval.endOffset, 65);
   EXPECT_EQ(QT_MediaIntervalsOverlapIndirectly(nullptr, nullptr, &overlap), invalidMedia);
   EXPECT_EQ(overlap, 0);
+}
+
+TEST_F(MediaIntervals, FilesAreCutBehindASample) {
+  Model model;
+  model.movie_scale = model.media_scale = 600;
+  for (SInt64 i = 0; i < 6; ++i)
+    model.samples.push_back({i * 20, 20, 10, 1000 + i * 10});
+  model.chunks = {0};
+  model.edits = {{120, 0, 0x10000}, {60, -1, 0x10000}};
+  const struct {
+    TimeValue time;
+    SInt32 status;
+    UInt64 size;
+  } rows[] = {{0, noErr, 1000},  {20, noErr, 1010},     {21, noErr, 1020},
+              {39, noErr, 1020}, {101, invalidTime, 0}, {130, invalidTime, 0}};
+  for (const auto& row : rows) {
+    const Track track = Open(model);
+    const std::filesystem::path media = folder_ / "media";
+    WriteFile(media, Bytes(2000));
+    const FSRef file = ReferenceTo(media);
+    EXPECT_EQ(QT_MoveBackMovieEOF(0, &file, track, row.time), row.status) << row.time;
+    EXPECT_EQ(std::filesystem::file_size(media), row.size ? row.size : 2000) << row.time;
+  }
 }
 
 TEST(PackedIntervals, StandInListOrder) {
