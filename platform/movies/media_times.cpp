@@ -45,6 +45,16 @@ OSStatus CopyDescription(Media media, UInt32 index, Handle handle) {
   return noErr;
 }
 
+/// Stores a sample's times; false if there is none of that number.
+bool StoreTimes(const SampleTable& table, UInt64 sample, TimeValue* begin, TimeValue* duration) {
+  SInt64 sample_begin = 0;
+  SInt64 sample_duration = 0;
+  if (!table.TimeOfSample(sample, &sample_begin, &sample_duration)) return false;
+  Store(begin, ToTimeValue(sample_begin));
+  Store(duration, ToTimeValue(sample_duration));
+  return true;
+}
+
 SampleReference64Record MakeReference(const SampleInfo& first, UInt64 count, UInt64 size) {
   constexpr UInt64 kMost = std::numeric_limits<UInt32>::max();
   // Runs longer than the record's 32 bits can say go on in the next one.
@@ -96,14 +106,11 @@ void MediaTimeToSampleNum(Media media, TimeValue time, SInt32* number, TimeValue
   const SampleTable* table = TableOf(media);
   if (table == nullptr) return;
   const auto sample = table->SampleAtTime(time);
-  SampleInfo info = {};
-  if (!sample || !table->SampleAt(*sample, &info)) {
+  if (!sample || !StoreTimes(*table, *sample, sample_time, sample_duration)) {
     NoteStatus(invalidTime);
     return;
   }
   Store(number, static_cast<SInt32>(*sample + 1));
-  Store(sample_time, ToTimeValue(info.decode_time));
-  Store(sample_duration, ToTimeValue(info.duration));
 }
 
 void SampleNumToMediaTime(Media media, SInt32 number, TimeValue* sample_time,
@@ -112,13 +119,9 @@ void SampleNumToMediaTime(Media media, SInt32 number, TimeValue* sample_time,
   Store(sample_duration, 0);
   const SampleTable* table = TableOf(media);
   if (table == nullptr) return;
-  SampleInfo info = {};
-  if (number < 1 || !table->SampleAt(static_cast<UInt64>(number) - 1, &info)) {
-    NoteStatus(paramErr);
-    return;
-  }
-  Store(sample_time, ToTimeValue(info.decode_time));
-  Store(sample_duration, ToTimeValue(info.duration));
+  const bool is_found = number > 0 && StoreTimes(*table, static_cast<UInt64>(number) - 1,
+                                                 sample_time, sample_duration);
+  if (!is_found) NoteStatus(paramErr);
 }
 
 OSErr GetMediaDataSize64(Media media, TimeValue start, TimeValue duration, SInt64* size) {

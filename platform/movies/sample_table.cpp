@@ -13,7 +13,7 @@ namespace quillmere::movies {
 namespace {
 
 /// Distances between the marks: look-ups scan at most so many entries.
-constexpr UInt64 kEntriesPerMark = 64;
+constexpr UInt64 kEntriesPerMark = 32;
 constexpr UInt64 kSamplesPerSizeMark = 256;
 constexpr UInt64 kMaximumTime = static_cast<UInt64>(std::numeric_limits<SInt64>::max());
 
@@ -351,7 +351,7 @@ bool SampleTable::RunAt(UInt64 sample, SampleInfo* first, UInt64* count, UInt64*
 
 UInt64 SampleTable::SizeInChunk(const ChunkInfo& chunk, UInt64 first, UInt64 count) const {
   const DescriptionInfo& description = DescriptionOf(chunk.description);
-  if (description.frames_per_packet == 0) return SizeBefore(first + count) - SizeBefore(first);
+  if (description.frames_per_packet == 0) return SizeBetween(first, first + count);
   const UInt64 start = first - chunk.first_sample;
   return (PacketsFor(start + count, description.frames_per_packet) -
           start / description.frames_per_packet) *
@@ -362,7 +362,7 @@ UInt64 SampleTable::SizeOfSamples(UInt64 first, UInt64 count) const {
   const bool has_packets =
       std::any_of(descriptions_.begin(), descriptions_.end(),
                   [](const DescriptionInfo& each) { return each.frames_per_packet != 0; });
-  if (!has_packets) return SizeBefore(first + count) - SizeBefore(first);
+  if (!has_packets) return SizeBetween(first, first + count);
   UInt64 size = 0;
   const UInt64 end = first + count;
   while (first < end) {
@@ -406,6 +406,11 @@ UInt64 SampleTable::SizeBefore(UInt64 sample) const {
   const UInt64 mark = sample / kSamplesPerSizeMark;
   return size_marks_[mark] +
          SumOfSizes(mark * kSamplesPerSizeMark, sample - mark * kSamplesPerSizeMark);
+}
+
+UInt64 SampleTable::SizeBetween(UInt64 first, UInt64 end) const {
+  return end - first <= kSamplesPerSizeMark ? SumOfSizes(first, end - first)
+                                            : SizeBefore(end) - SizeBefore(first);
 }
 
 // --- Times ---------------------------------------------------------------------------------------
@@ -471,6 +476,14 @@ std::optional<UInt64> SampleTable::SampleAtTime(SInt64 time) const {
   return position.first_sample + static_cast<UInt64>((time - position.first_time) / duration);
 }
 
+bool SampleTable::TimeOfSample(UInt64 sample, SInt64* begin, SInt64* duration) const {
+  if (sample >= sample_count_) return false;
+  const RunPosition position = TimeRunOf(sample);
+  *begin = TimeAt(position, sample);
+  *duration = DurationOfEntry(position.entry);
+  return true;
+}
+
 SInt32 SampleTable::CompositionOffsetOf(UInt64 sample) const {
   const auto after = std::upper_bound(composition_marks_.begin(), composition_marks_.end(), sample);
   if (after == composition_marks_.begin()) return 0;
@@ -521,12 +534,10 @@ bool SampleTable::SampleAt(UInt64 sample, SampleInfo* info) const {
                                       description.bytes_per_packet;
     info->size = description.bytes_per_packet;
   } else {
-    info->offset = chunk.offset + SizeBefore(sample) - SizeBefore(chunk.first_sample);
+    info->offset = chunk.offset + SizeBetween(chunk.first_sample, sample);
     info->size = SizeOf(sample);
   }
-  const RunPosition time = TimeRunOf(sample);
-  info->decode_time = TimeAt(time, sample);
-  info->duration = DurationOfEntry(time.entry);
+  TimeOfSample(sample, &info->decode_time, &info->duration);
   info->composition_offset = CompositionOffsetOf(sample);
   info->is_sync = IsSync(sample);
   return true;

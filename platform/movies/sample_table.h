@@ -71,6 +71,8 @@ class SampleTable {
   bool SampleAt(UInt64 sample, SampleInfo* info) const;
   /// The number of the sample that plays at a media decode time; nothing outside the media.
   std::optional<UInt64> SampleAtTime(SInt64 time) const;
+  /// Begin and duration of a sample in media time; false if there is none of that number.
+  bool TimeOfSample(UInt64 sample, SInt64* begin, SInt64* duration) const;
   bool ChunkAt(UInt64 chunk, ChunkInfo* info) const;
   /// The samples from `sample` on that are like it, in size, duration and kind, and whose bytes
   /// follow in its chunk: the first, how many, and the bytes of all; false outside the table.
@@ -118,6 +120,7 @@ class SampleTable {
   UInt64 SizeOf(UInt64 sample) const;
   UInt64 SumOfSizes(UInt64 first, UInt64 count) const;
   UInt64 SizeBefore(UInt64 sample) const;
+  UInt64 SizeBetween(UInt64 first, UInt64 end) const;
   UInt64 ChunkSize(const ChunkInfo& chunk) const;
   UInt64 SizeInChunk(const ChunkInfo& chunk, UInt64 first, UInt64 count) const;
   SInt64 DurationOfEntry(UInt64 entry) const;
