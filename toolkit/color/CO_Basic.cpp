@@ -184,7 +184,8 @@ void CO_YCbCrF32toU8(const CO_YCbCrF32* in, CO_YCbCrU8* out) {
     *out = {0, 128, 128};
     return;
   }
-  CO_YCbCrF32 color = *in;
+  constexpr float kFar = 1e30F;  // infinity can't be drawn in
+  CO_YCbCrF32 color = {in->y, std::clamp(in->cb, -kFar, kFar), std::clamp(in->cr, -kFar, kFar)};
   const auto pull = [&](float factor) {
     color.cb = (color.cb - 128) * factor + 128;
     color.cr = (color.cr - 128) * factor + 128;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
+#include "CO_Color_Conversions.h"
 #include "CO_Ranges.h"
+#include "CO_Sanitize.h"
 
 namespace {
 
@@ -27,10 +29,10 @@ constexpr BasicColor kColors[] = {{kCO_Black, {0, 0, 0}, {0, 0, 0}},
                                   {kCO_Red, {1, 0, 0}, {kFull, 0, 0}},
                                   {kCO_Yellow, {1, 1, 0}, {kFull, kFull, 0}}};
 
-constexpr float kRed601 = 0.299F;
-constexpr float kGreen601 = 0.587F;
-constexpr float kBlue601 = 0.114F;
-constexpr float kCoefficients601[] = {kRed601, kGreen601, kBlue601};
+constexpr SInt32 kBT601 = 6;
+constexpr SInt32 kD50 = 1;
+constexpr SInt32 kD65 = 2;
+constexpr SInt32 kBradford = 3;
 
 const BasicColor* Find(SInt32 code) {
   const auto* found = std::find_if(std::begin(kColors), std::end(kColors),
@@ -46,27 +48,30 @@ constexpr float RestOfHalf(float fixed, float weight) {
 
 CO_RGB_F32 HalfBright(const BasicColor& color) {
   constexpr float kNearlyAll = 0.95F;
+  float luma[3];
+  CO_IndexToMatrixF(kBT601, luma);
+  const auto [red, green, blue] = luma;
   switch (color.code) {
     case kCO_Yellow: {
-      const float v = RestOfHalf(0, kRed601 + kGreen601 + 0.3F * kBlue601);
+      const float v = RestOfHalf(0, red + green + 0.3F * blue);
       return {v, v, 0.3F * v};
     }
     case kCO_Magenta:
-      return {kNearlyAll, RestOfHalf(kNearlyAll * (kRed601 + kBlue601), kGreen601), kNearlyAll};
+      return {kNearlyAll, RestOfHalf(kNearlyAll * (red + blue), green), kNearlyAll};
     case kCO_Red: {
-      const float v = RestOfHalf(0.94F * kRed601, kGreen601 + kBlue601);
+      const float v = RestOfHalf(0.94F * red, green + blue);
       return {0.94F, v, v};
     }
     case kCO_Cyan: {
-      const float v = RestOfHalf(0, kGreen601 + kBlue601 + 0.4F * kRed601);
+      const float v = RestOfHalf(0, green + blue + 0.4F * red);
       return {0.4F * v, v, v};
     }
     case kCO_Green: {
-      const float v = RestOfHalf(0, kGreen601 + 0.36F * (kRed601 + kBlue601));
+      const float v = RestOfHalf(0, green + 0.36F * (red + blue));
       return {0.36F * v, v, 0.36F * v};
     }
     case kCO_Blue: {
-      const float v = RestOfHalf(kNearlyAll * kBlue601, kRed601 + kGreen601);
+      const float v = RestOfHalf(kNearlyAll * blue, red + green);
       return {v, v, kNearlyAll};
     }
     default:
@@ -99,8 +104,43 @@ void CO_RGB_BasicColorToSimpleRGB_F32(SInt32 code, SInt32 rangeType, CO_RGB_F32*
 void CO_RGB_BasicColorToSimpleYCbCrU8(SInt32 code, SInt32 rangeType, CO_YCbCrU8* out) {
   if (Find(code) == nullptr) return;
   CO_RGB_F32 rgb = {};
+  float luma[3];
+  CO_IndexToMatrixF(kBT601, luma);
   CO_RGB_BasicColorToSimpleRGB_F32(code, kCO_FullRange, &rgb);
-  CO_RGB_F32toYCbCrU8(&rgb, kCoefficients601, rangeType, out);
+  CO_RGB_F32toYCbCrU8(&rgb, luma, rangeType, out);
+}
+
+SInt32 CO_RGB_BasicColorToRGB_F32(SInt32 code, const float* primaries, const GammaData* gamma,
+                                  const QT_Nclc* nclc, SInt32 rangeType, CO_RGB_F32* out) {
+  const BasicColor* color = Find(code);
+  if (color == nullptr) return noErr;
+  constexpr QT_Nclc kOwn = {kQT_NclcType, kQT_NclcUnspecified, kCO_TransferPower2_2,
+                            kQT_NclcUnspecified};
+  float rgb[] = {color->norm.r, color->norm.g, color->norm.b};
+  const SInt32 status = CO_ConvertNormRGB_F32_indexed(
+      rgb, &kOwn, 0, kCO_Gamma2_2, kCO_TransferByData, kD50, nullptr, kQT_NclcUnspecified,
+      primaries, kBradford, nclc, 0, gamma, kCO_TransferByData, kD65, nullptr, kQT_NclcUnspecified,
+      primaries, rgb);
+  if (status != noErr) return status;
+  float luma[3];
+  CO_IndexToMatrixF(nclc->matrix, luma);
+  CO_SanitizeNormRGB_F32(rgb, luma);
+  *out = {rgb[0], rgb[1], rgb[2]};
+  CO_RGB_F32_NormTo8bit(out, rangeType);
+  return noErr;
+}
+
+SInt32 CO_RGB_BasicColorToYCbCrU8(SInt32 code, const float* primaries, const GammaData* gamma,
+                                  const QT_Nclc* nclc, SInt32 rangeType, CO_YCbCrU8* out) {
+  if (Find(code) == nullptr) return noErr;
+  CO_RGB_F32 rgb = {};
+  const SInt32 status =
+      CO_RGB_BasicColorToRGB_F32(code, primaries, gamma, nclc, kCO_FullRange, &rgb);
+  if (status != noErr) return status;
+  float luma[3];
+  CO_IndexToMatrixF(nclc->matrix, luma);
+  CO_RGB_F32toYCbCrU8(&rgb, luma, rangeType, out);
+  return noErr;
 }
 
 void CO_RGB_BasicColor50PercToNormRGB_F32(SInt32 code, CO_RGB_F32* out) {

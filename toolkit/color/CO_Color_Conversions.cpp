@@ -159,6 +159,28 @@ SInt32 CO_GetRGBConversionMatrixD(const double* sourcePrimaries, const double* s
   return noErr;
 }
 
+void CO_GetRGBConversionMatrixD_Indexed(SInt32 sourcePrimaries, SInt32 sourceWhite,
+                                        SInt32 destinationPrimaries, SInt32 destinationWhite,
+                                        SInt32 coneIndex, double* matrix) {
+  const auto is_standard = [](SInt32 index) {
+    return index >= 0 && index <= 0xFFFF && QT_StandardNclcPrimaries(static_cast<UInt16>(index));
+  };
+  const bool is_same = sourcePrimaries == destinationPrimaries && sourceWhite == destinationWhite;
+  if (is_same || !is_standard(sourcePrimaries) || !is_standard(destinationPrimaries)) {
+    CB_SetUnitMatrixD(kSize, matrix);
+    return;
+  }
+  double from[kElements];
+  double to[kElements];
+  double from_white[kSize];
+  double to_white[kSize];
+  CO_IndexToPrimariesXYZ_D(sourcePrimaries, from);
+  CO_IndexToPrimariesXYZ_D(destinationPrimaries, to);
+  CO_IndexToWhitePointXYZ_D(sourceWhite, from_white);
+  CO_IndexToWhitePointXYZ_D(destinationWhite, to_white);
+  CO_GetRGBConversionMatrixD(from, from_white, to, to_white, coneIndex, matrix);
+}
+
 void CO_NormalizePrimariesToWhitePt(const double* primaries, const double* whiteXYZ, float* out) {
   double rows[kElements];
   double normalized[kElements];
@@ -168,6 +190,14 @@ void CO_NormalizePrimariesToWhitePt(const double* primaries, const double* white
   for (SInt32 i = 2; i < kElements; i += kSize)
     normalized[i] /= sum;
   CB_MatrixDtoF(kSize, kSize, normalized, out);
+}
+
+void CO_ColorToNormalizedPrimaries_xyY(const SimpleColorSpaceParams* color, float* out) {
+  double white[kSize];
+  double primaries[kElements];
+  CO_WhitePoint_xyToXYZ_D(color->whitePoint, white);
+  CB_VectorFtoD(kElements, color->primaries, primaries);
+  CO_NormalizePrimariesToWhitePt(primaries, white, out);
 }
 
 void CO_GetRGBtoYUV_MatrixD(SInt32 index, double* matrix) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <random>
 
 #include "CO_Basic.h"
@@ -119,6 +120,11 @@ TEST(FloatColors, StayWithinBytes) {
   CO_YCbCrU8 out;
   CO_YCbCrF32toU8(&nothing, &out);
   EXPECT_EQ(out.y, 0);
+  const float infinite = std::numeric_limits<float>::infinity();
+  const CO_YCbCrF32 far = {100, infinite, -infinite};
+  CO_YCbCrF32toU8(&far, &out);
+  EXPECT_EQ(out.cb, 255);
+  EXPECT_EQ(out.cr, 0);
   const CO_RGB_F32 rgb = {-5, 127.6F, 300};
   CO_ARGB8 argb;
   CO_RGB_F32toARGB8(9, &rgb, &argb);

@@ -150,4 +150,22 @@ TEST(RGBCorners, FormAHexagon) {
   EXPECT_STREQ(upper_name, "yellow");
 }
 
+TEST(Corners, SaturationIsOneAtTheFootOfAnEdge) {
+  float angles[6], a[6], b[6], c[6];
+  CO_GetRGB_CornersInYC_1(angles, a, b, c, 1);
+  int seen = 0;
+  for (SInt32 k = 0; k < 6; ++k) {
+    // The edge's point that is nearest to grey, where it lies between the corners.
+    const float cb = a[k] * c[k];
+    const float cr = b[k] * c[k];
+    SInt32 edge = -1;
+    CO_GetNearestCorners(angles, std::atan2(cr, cb), &edge);
+    if (edge != k) continue;
+    ++seen;
+    EXPECT_NEAR(CO_CalcSaturation(cb, cr, angles, a, b, c), 1, 1e-5);
+    EXPECT_NEAR(CO_CalcSaturation(cb / 2, cr / 2, angles, a, b, c), 0.5, 1e-5);
+  }
+  EXPECT_GE(seen, 2);
+}
+
 }  // namespace
