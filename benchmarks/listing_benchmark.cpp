@@ -103,6 +103,23 @@ void Walk(const std::filesystem::path& root) {
   }
 }
 
+void WalkNames(const std::filesystem::path& root) {
+  const FSRef folder = ReferenceTo(root);
+  FSIterator iterator = nullptr;
+  if (FSOpenIterator(&folder, kFSIterateSubtree, &iterator) != noErr) Fail("opening the walk");
+  const FSSearchParams all = {0, 0, 0, nullptr, nullptr, nullptr};
+  ItemCount count = 0;
+  std::vector<HFSUniStr255> names(100);
+  for (OSErr status = noErr; status == noErr;) {
+    ItemCount actual = 0;
+    status = FSCatalogSearch(iterator, &all, names.size(), &actual, nullptr, kFSCatInfoNone,
+                             nullptr, nullptr, nullptr, names.data());
+    count += actual;
+  }
+  FSCloseIterator(iterator);
+  if (count != kFolders * (kFilesInEach + 1)) Fail("the walk over names");
+}
+
 void Count(const std::filesystem::path& root) {
   const FSRef folder = ReferenceTo(root);
   SInt32 count = 0;
@@ -147,7 +164,7 @@ int main(int count, char** arguments) {
           tree + "-xdev -iname 'no such file.mov' >/dev/null");
   // The walk tells each object's number and lock, which find has to be asked for.
   Compare("recursive walk", Walk, root / "tree", tree + "-printf '%i %m %p\\n' >/dev/null");
-  Compare("beside names alone", Walk, root / "tree", tree + ">/dev/null");
+  Compare("the same, names alone", WalkNames, root / "tree", tree + ">/dev/null");
   Compare("count with a suffix", Count, root / "flat",
           flat + "-maxdepth 1 -name '*jpg' | wc -l >/dev/null");
   std::filesystem::remove_all(root);

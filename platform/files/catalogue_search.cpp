@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "deadline.h"
+#include "file_names.h"
 #include "subtree_walk.h"
 
 namespace {
@@ -112,10 +113,10 @@ struct Search {
 
   /// Looks at an object; false if it is not one of those sought, or has gone.
   bool Take(const std::string& path, FSCatalogInfoBitmap mask, FSCatalogInfo* info,
-            FSRef* reference, HFSUniStr255* found_name) const {
+            FSRef* reference) const {
     FSCatalogInfo own{};
     if (quillmere::files::ReferenceOf(path, reference) != noErr ||
-        FSGetCatalogInfo(reference, mask | own_mask, &own, found_name, nullptr, nullptr) != noErr) {
+        FSGetCatalogInfo(reference, mask | own_mask, &own, nullptr, nullptr, nullptr) != noErr) {
       return false;
     }
     if (own_mask && !Fulfils(own, terms)) return false;
@@ -145,6 +146,7 @@ OSErr FSCatalogSearch(FSIterator iterator, const FSSearchParams* terms, ItemCoun
     return static_cast<OSErr>(paramErr);
   }
   const Search search(*terms);
+  const bool needs_objects = mask != kFSCatInfoNone || search.own_mask != 0 || references;
   Deadline deadline(terms->searchTime);
   while (*actual < maximum && !deadline.IsOver()) {
     const SubtreeWalk::Entry* entry = walk->Next();
@@ -152,11 +154,12 @@ OSErr FSCatalogSearch(FSIterator iterator, const FSSearchParams* terms, ItemCoun
     if (!search.MayFulfil(*entry)) continue;
     const ItemCount i = *actual;
     FSRef reference{};
-    if (!search.Take(walk->Path(), mask, infos ? &infos[i] : nullptr, &reference,
-                     names ? &names[i] : nullptr)) {
+    if (needs_objects &&
+        !search.Take(walk->Path(), mask, infos ? &infos[i] : nullptr, &reference)) {
       continue;
     }
     if (references) references[i] = reference;
+    if (names) quillmere::files::UnitsOfName(entry->name, &names[i]);
     ++*actual;
   }
   return noErr;

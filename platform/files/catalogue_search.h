@@ -27,8 +27,9 @@ struct FSSearchParams {
 /// Gives up to `maximum` further objects that fulfil the terms. noErr when they are found or the
 /// time has run out, then with fewer of them; the next call goes on behind. errFSNoMoreItems at the
 /// end, then with the last ones. `infos`, `references` and `names` are arrays of `maximum` entries
-/// or null, `specs` is null, `container_changed` may be null. paramErr for an iterator over one
-/// level, bits that are not named here, or a record that a bit needs and that is null.
+/// or null, `specs` is null, `container_changed` may be null; where only names are asked for, by
+/// name or all of them, the objects are not looked at. paramErr for an iterator over one level,
+/// bits that are not named here, or a record that a bit needs and that is null.
 OSErr FSCatalogSearch(FSIterator iterator, const FSSearchParams* terms, ItemCount maximum,
                       ItemCount* actual, Boolean* container_changed, FSCatalogInfoBitmap mask,
                       FSCatalogInfo* infos, FSRef* references, FSSpec* specs, HFSUniStr255* names);

@@ -24,6 +24,7 @@
 #include "file_references.h"
 #include "memory_handles.h"
 #include "property_lists.h"
+#include "regions.h"
 
 // Strings, dictionaries and arrays.
 
@@ -169,6 +170,14 @@ CFArrayRef CF_CreateBooleanArray(const Boolean* values, CFIndex count);
 void CF_GetBooleanValuesFromArray(CFArrayRef array, Boolean* values, CFIndex* count);
 CFArrayRef CF_CreateOSTypeArray(const OSType* codes, CFIndex count);
 void CF_GetOSTypesFromArray(CFArrayRef array, OSType* codes, CFIndex* count);
+
+/// A dictionary of a region, which the caller releases: its bounds as a rectangle's array under
+/// "Bounds", and for one that is no rectangle its flat form (GL_FlattenRgnBitMap) under "Bits".
+/// Null without memory.
+CFDictionaryRef CF_CreateRgnDict(RgnHandle region);
+/// A new region of such a dictionary, the caller's to dispose of. Without bounds `*region` stays as
+/// it was; bits that are damaged are left out as far as they go wrong.
+void CF_GetRgnFromDict(CFDictionaryRef dictionary, RgnHandle* region);
 
 // Files and folders, kept as alias records.
 

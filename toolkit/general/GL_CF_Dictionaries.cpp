@@ -1,8 +1,13 @@
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "GL_CF.h"
 #include "GL_CF_private.h"
 #include "GL_Memory.h"
+#include "GL_QuickDraw_Regions.h"
+#include "GL_QuickDraw_deprecated.h"
 #include "GL_Strings_Unicode.h"
 
 namespace {
@@ -15,6 +20,8 @@ using quillmere::cf::NumberIn;
 using quillmere::cf::StringIn;
 
 constexpr CFIndex kLongestMacRomanText = 255;
+const CFStringRef kBounds = CFSTR("Bounds");
+const CFStringRef kBits = CFSTR("Bits");
 
 /// Stores an object that was just made; the dictionary becomes its only owner.
 template <class Ref>
@@ -260,4 +267,34 @@ Handle CF_DataRefToHandle(CFDataRef data) {
 
 CFDataRef CF_HandleToDataRef(Handle handle) {
   return handle ? CreateData(*handle, GetHandleSize(handle)) : nullptr;
+}
+
+CFDictionaryRef CF_CreateRgnDict(RgnHandle region) {
+  CFMutableDictionaryRef dictionary = CFDictionaryCreateMutable(kCFAllocatorDefault);
+  Rect bounds;
+  CF_AddRectToDict(dictionary, kBounds, GetRegionBounds(region, &bounds));
+  if (QDD_IsRegionRectangular(region)) return dictionary;
+  UInt32* flat = nullptr;
+  UInt32 size = 0;
+  if (GL_FlattenRgnBitMap(region, &flat, &size) != noErr) {
+    CFRelease(dictionary);
+    return nullptr;
+  }
+  CF_AddDataToDict(dictionary, kBits, flat, size);
+  std::free(flat);
+  return dictionary;
+}
+
+void CF_GetRgnFromDict(CFDictionaryRef dictionary, RgnHandle* region) {
+  if (!region || !ArrayIn(dictionary, kBounds)) return;
+  Rect bounds{};
+  CF_GetRectFromDict(dictionary, kBounds, &bounds);
+  *region = NewRgn();
+  const CFDataRef bits = DataIn(dictionary, kBits);
+  if (!bits) return RectRgn(*region, &bounds);
+  std::vector<UInt32> flat(static_cast<std::size_t>(CFDataGetLength(bits)) / sizeof(UInt32));
+  if (flat.empty()) return;
+  std::memcpy(flat.data(), CFDataGetBytePtr(bits), flat.size() * sizeof(UInt32));
+  flat[0] = std::min(flat[0], static_cast<UInt32>(flat.size() - 1));
+  GL_UnflattenRgnBitMap(flat.data(), &bounds, *region);
 }

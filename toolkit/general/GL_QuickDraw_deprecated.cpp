@@ -23,6 +23,14 @@ Boolean QDD_SectRect(const Rect* a, const Rect* b, Rect* out) {
   return SectRect(a, b, out);
 }
 
+void QDD_SectRgn(RgnHandle a, RgnHandle b, RgnHandle out) {
+  SectRgn(a, b, out);
+}
+
+Boolean QDD_IsRegionRectangular(RgnHandle region) {
+  return IsRegionRectangular(region);
+}
+
 Boolean QDD_TransformRect(const MatrixRecord* matrix, Rect* rect) {
   return TransformRect(matrix, rect);
 }

@@ -3,11 +3,14 @@
 #pragma once
 
 #include "base_types.h"
+#include "regions.h"
 
 void QDD_SetRect(Rect* rect, SInt16 left, SInt16 top, SInt16 right, SInt16 bottom);
 Boolean QDD_EqualRect(const Rect* a, const Rect* b);
 Boolean QDD_PtInRect(Point point, const Rect* rect);
 void QDD_OffsetRect(Rect* rect, SInt16 dh, SInt16 dv);
 Boolean QDD_SectRect(const Rect* a, const Rect* b, Rect* out);
+void QDD_SectRgn(RgnHandle a, RgnHandle b, RgnHandle out);
+Boolean QDD_IsRegionRectangular(RgnHandle region);
 Boolean QDD_TransformRect(const MatrixRecord* matrix, Rect* rect);
 Boolean QDD_TransformFixedRect(const MatrixRecord* matrix, FixedRect* rect);
