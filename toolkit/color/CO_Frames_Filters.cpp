@@ -7,38 +7,68 @@
 
 #include "CO_Frames.h"
 #include "CO_filter.h"
-#include "ORW_NR_double.h"
-#include "column_private.h"
 #include "vector_clones.h"
 
 namespace {
 
-using namespace quillmere::color;
-
 constexpr SInt32 kLeastLines = 5;
-/// Columns side by side; their lines and sums stay in the nearest cache.
-constexpr SInt32 kStripe = 64;
+/// Columns side by side; their lines stay in the nearest cache.
+constexpr SInt32 kStripe = 128;
 using Line = UInt8[kStripe];
+
+// The sums of the column filters are multiples of a quarter, a 21st and a 462nd, to which 0.49 is
+// added before they are cut: in integers that is 1, 10 and 226 of these parts.
 
 QUILLMERE_VECTOR_CLONES void SmoothLine(const UInt8* before, const UInt8* at, const UInt8* behind,
                                         UInt8* out) {
   for (SInt32 i = 0; i < kStripe; ++i)
-    out[i] = ToSample(Smoothed(before[i], at[i], behind[i]));
+    out[i] = static_cast<UInt8>((before[i] + 2 * at[i] + behind[i] + 1) >> 2);
 }
 
 QUILLMERE_VECTOR_CLONES void MeanLine(const UInt8* a, const UInt8* b, UInt8* out) {
   for (SInt32 i = 0; i < kStripe; ++i)
-    out[i] = ToSample(Mean(a[i], b[i]));
+    out[i] = static_cast<UInt8>((a[i] + b[i]) >> 1);
 }
 
-QUILLMERE_VECTOR_CLONES void AddWeighted(double weight, const UInt8* line, double* sums) {
-  for (SInt32 i = 0; i < kStripe; ++i)
-    sums[i] += weight * line[i];
+/// Seven taps of NR_MakeLowPassFilter7_d. All sums fit into 16 bits; 3121 / 65536 is a 21st, close
+/// enough for these.
+QUILLMERE_VECTOR_CLONES void Weigh7(const UInt8* const* lines, UInt8* out) {
+  const UInt8* const a = lines[0];
+  const UInt8* const b = lines[1];
+  const UInt8* const c = lines[2];
+  const UInt8* const d = lines[3];
+  const UInt8* const e = lines[4];
+  const UInt8* const f = lines[5];
+  const UInt8* const g = lines[6];
+  for (SInt32 i = 0; i < kStripe; ++i) {
+    const auto sum = static_cast<SInt16>(7 * d[i] + 6 * (c[i] + e[i]) + 3 * (b[i] + f[i]) -
+                                         2 * (a[i] + g[i]) + 10);
+    const auto raised = static_cast<UInt16>(sum > 0 ? sum : 0);
+    const auto cut = static_cast<UInt16>((raised * UInt32{3121}) >> 16);
+    out[i] = static_cast<UInt8>(cut < 255 ? cut : 255);
+  }
 }
 
-QUILLMERE_VECTOR_CLONES void LimitLine(const double* sums, UInt8* out) {
-  for (SInt32 i = 0; i < kStripe; ++i)
-    out[i] = ToLimitedSample(sums[i]);
+/// Nine taps of NR_MakeLowPassFilter9_d. The sums are whole numbers that floats hold; with half a
+/// part more no multiple of 462 is cut to the one below.
+QUILLMERE_VECTOR_CLONES void Weigh9(const UInt8* const* lines, UInt8* out) {
+  const UInt8* const a = lines[0];
+  const UInt8* const b = lines[1];
+  const UInt8* const c = lines[2];
+  const UInt8* const d = lines[3];
+  const UInt8* const e = lines[4];
+  const UInt8* const f = lines[5];
+  const UInt8* const g = lines[6];
+  const UInt8* const h = lines[7];
+  const UInt8* const k = lines[8];
+  const auto both = [](UInt8 x, UInt8 y) { return static_cast<float>(x + y); };
+  for (SInt32 i = 0; i < kStripe; ++i) {
+    const float sum = 136 * static_cast<float>(e[i]) + 120 * both(d[i], f[i]) +
+                      72 * both(c[i], g[i]) - 8 * both(b[i], h[i]) - 21 * both(a[i], k[i]);
+    const float parts = (sum + 226.5F) * (1.0F / 462);
+    const float positive = parts > 0 ? parts : 0;
+    out[i] = static_cast<UInt8>(static_cast<SInt32>(positive < 255 ? positive : 255));
+  }
 }
 
 /// Keeps each sample within the three lines around it.
@@ -51,14 +81,12 @@ QUILLMERE_VECTOR_CLONES void ClampLine(const UInt8* before, const UInt8* at, con
   }
 }
 
-/// Filters up to kStripe columns by an odd number of taps, through a ring of unchanged lines.
-template <SInt32 taps, bool stays_within>
+/// Filters up to kStripe columns by 7 or 9 taps, through a ring of unchanged lines.
+template <SInt32 taps>
 class StripeFilter {
  public:
-  StripeFilter(const double* weights, SInt32 lines, UInt8* first, std::ptrdiff_t stride,
-               SInt32 columns)
-      : weights_(weights),
-        lines_(lines),
+  StripeFilter(SInt32 lines, UInt8* first, std::ptrdiff_t stride, SInt32 columns)
+      : lines_(lines),
         first_(first),
         stride_(stride),
         columns_(static_cast<std::size_t>(columns)) {}
@@ -89,16 +117,19 @@ class StripeFilter {
     Put(line, [&](UInt8* out) { SmoothLine(Read(line - 1), Read(line), Read(line + 1), out); });
   }
   void Weigh(SInt32 line) {
-    double sums[kStripe] = {};
+    const UInt8* lines[taps];
     for (SInt32 k = 0; k < taps; ++k)
-      AddWeighted(weights_[k], Read(line - kHalf + k), sums);
+      lines[k] = Read(line - kHalf + k);
     Put(line, [&](UInt8* out) {
-      LimitLine(sums, out);
-      if (stays_within) ClampLine(Read(line - 1), Read(line), Read(line + 1), out);
+      if constexpr (taps == 7) {
+        Weigh7(lines, out);
+        ClampLine(Read(line - 1), Read(line), Read(line + 1), out);
+      } else {
+        Weigh9(lines, out);
+      }
     });
   }
 
-  const double* weights_;
   SInt32 lines_;
   UInt8* first_;
   std::ptrdiff_t stride_;
@@ -106,14 +137,12 @@ class StripeFilter {
   Line ring_[taps] = {};
 };
 
-template <SInt32 taps, bool stays_within>
-void FilterFrame(const double* weights, SInt32 width, SInt32 height, UInt8* frame) {
+template <SInt32 taps>
+void FilterFrame(SInt32 width, SInt32 height, UInt8* frame) {
   if (height < kLeastLines) return;
   const SInt32 bytes = width * 2;
   for (SInt32 column = 0; column < bytes; column += kStripe)
-    StripeFilter<taps, stays_within>(weights, height, frame + column, bytes,
-                                     std::min(kStripe, bytes - column))
-        .Run();
+    StripeFilter<taps>(height, frame + column, bytes, std::min(kStripe, bytes - column)).Run();
 }
 
 }  // namespace
@@ -124,13 +153,11 @@ void CO_VertLowPassFilterFrame(SInt32 width, SInt32 height, UInt8* frame) {
 }
 
 void CO_VertLowPassFilterFrame7(SInt32 width, SInt32 height, UInt8* frame) {
-  double taps[7];
-  if (NR_MakeLowPassFilter7_d(taps) == noErr) FilterFrame<7, true>(taps, width, height, frame);
+  FilterFrame<7>(width, height, frame);
 }
 
 void CO_VertLowPassFilterFrame9(SInt32 width, SInt32 height, UInt8* frame) {
-  double taps[9];
-  if (NR_MakeLowPassFilter9_d(taps) == noErr) FilterFrame<9, false>(taps, width, height, frame);
+  FilterFrame<9>(width, height, frame);
 }
 
 void CO_FilterFrameVertBr(SInt32 width, SInt32 height, UInt8* frame, UInt8* scratch) {

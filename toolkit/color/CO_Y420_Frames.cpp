@@ -48,11 +48,22 @@ Planes<Byte> PlanesOf(Header* frame) {
           {start + header.offsetCr, static_cast<std::ptrdiff_t>(header.rowBytesCr)}};
 }
 
-QUILLMERE_VECTOR_CLONES void MakePairs(SInt32 pairs, const UInt8* a, const UInt8* b, UInt8* cb,
-                                       UInt8* cr) {
-  for (std::ptrdiff_t k = 0; k < pairs; ++k) {
-    cb[k] = static_cast<UInt8>((a[4 * k] + b[4 * k]) >> 1);
-    cr[k] = static_cast<UInt8>((a[4 * k + 2] + b[4 * k + 2]) >> 1);
+/// Pairs of one pass, whose means stay in the nearest cache.
+constexpr std::ptrdiff_t kPass = 256;
+
+/// The means of both components by turns, then each apart: steps of two bytes are what the compiler
+/// has quick code for.
+QUILLMERE_VECTOR_CLONES void MakePairs(std::ptrdiff_t pairs, const UInt8* a, const UInt8* b,
+                                       UInt8* cb, UInt8* cr) {
+  UInt8 means[2 * kPass];
+  for (std::ptrdiff_t first = 0; first < pairs; first += kPass) {
+    const std::ptrdiff_t count = std::min(kPass, pairs - first);
+    for (std::ptrdiff_t i = 0; i < 2 * count; ++i)
+      means[i] = static_cast<UInt8>((a[4 * first + 2 * i] + b[4 * first + 2 * i]) >> 1);
+    for (std::ptrdiff_t k = 0; k < count; ++k) {
+      cb[first + k] = means[2 * k];
+      cr[first + k] = means[2 * k + 1];
+    }
   }
 }
 
