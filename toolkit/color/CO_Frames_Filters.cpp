@@ -20,26 +20,21 @@ using Line = UInt8[kStripe];
 // added before they are cut: in integers that is 1, 10 and 226 of these parts.
 
 QUILLMERE_VECTOR_CLONES void SmoothLine(const UInt8* before, const UInt8* at, const UInt8* behind,
-                                        UInt8* out) {
+                                        UInt8* __restrict out) {
   for (SInt32 i = 0; i < kStripe; ++i)
     out[i] = static_cast<UInt8>((before[i] + 2 * at[i] + behind[i] + 1) >> 2);
 }
 
-QUILLMERE_VECTOR_CLONES void MeanLine(const UInt8* a, const UInt8* b, UInt8* out) {
+QUILLMERE_VECTOR_CLONES void MeanLine(const UInt8* a, const UInt8* b, UInt8* __restrict out) {
   for (SInt32 i = 0; i < kStripe; ++i)
     out[i] = static_cast<UInt8>((a[i] + b[i]) >> 1);
 }
 
 /// Seven taps of NR_MakeLowPassFilter7_d. All sums fit into 16 bits; 3121 / 65536 is a 21st, close
 /// enough for these.
-QUILLMERE_VECTOR_CLONES void Weigh7(const UInt8* const* lines, UInt8* out) {
-  const UInt8* const a = lines[0];
-  const UInt8* const b = lines[1];
-  const UInt8* const c = lines[2];
-  const UInt8* const d = lines[3];
-  const UInt8* const e = lines[4];
-  const UInt8* const f = lines[5];
-  const UInt8* const g = lines[6];
+QUILLMERE_VECTOR_CLONES void Weigh7(const UInt8* a, const UInt8* b, const UInt8* c, const UInt8* d,
+                                    const UInt8* e, const UInt8* f, const UInt8* g,
+                                    UInt8* __restrict out) {
   for (SInt32 i = 0; i < kStripe; ++i) {
     const auto sum = static_cast<SInt16>(7 * d[i] + 6 * (c[i] + e[i]) + 3 * (b[i] + f[i]) -
                                          2 * (a[i] + g[i]) + 10);
@@ -51,21 +46,15 @@ QUILLMERE_VECTOR_CLONES void Weigh7(const UInt8* const* lines, UInt8* out) {
 
 /// Nine taps of NR_MakeLowPassFilter9_d. The sums are whole numbers that floats hold; with half a
 /// part more no multiple of 462 is cut to the one below.
-QUILLMERE_VECTOR_CLONES void Weigh9(const UInt8* const* lines, UInt8* out) {
-  const UInt8* const a = lines[0];
-  const UInt8* const b = lines[1];
-  const UInt8* const c = lines[2];
-  const UInt8* const d = lines[3];
-  const UInt8* const e = lines[4];
-  const UInt8* const f = lines[5];
-  const UInt8* const g = lines[6];
-  const UInt8* const h = lines[7];
-  const UInt8* const k = lines[8];
-  const auto both = [](UInt8 x, UInt8 y) { return static_cast<float>(x + y); };
+QUILLMERE_VECTOR_CLONES void Weigh9(const UInt8* a, const UInt8* b, const UInt8* c, const UInt8* d,
+                                    const UInt8* e, const UInt8* f, const UInt8* g, const UInt8* h,
+                                    const UInt8* k, UInt8* __restrict out) {
   for (SInt32 i = 0; i < kStripe; ++i) {
-    const float sum = 136 * static_cast<float>(e[i]) + 120 * both(d[i], f[i]) +
-                      72 * both(c[i], g[i]) - 8 * both(b[i], h[i]) - 21 * both(a[i], k[i]);
-    const float parts = (sum + 226.5F) * (1.0F / 462);
+    // An eighth of the seven inner taps fits into 16 bits.
+    const auto inner =
+        static_cast<SInt16>(17 * e[i] + 15 * (d[i] + f[i]) + 9 * (c[i] + g[i]) - (b[i] + h[i]));
+    const auto outer = static_cast<SInt16>(21 * (a[i] + k[i]));
+    const float parts = (static_cast<float>(8 * inner - outer) + 226.5F) * (1.0F / 462);
     const float positive = parts > 0 ? parts : 0;
     out[i] = static_cast<UInt8>(static_cast<SInt32>(positive < 255 ? positive : 255));
   }
@@ -73,7 +62,7 @@ QUILLMERE_VECTOR_CLONES void Weigh9(const UInt8* const* lines, UInt8* out) {
 
 /// Keeps each sample within the three lines around it.
 QUILLMERE_VECTOR_CLONES void ClampLine(const UInt8* before, const UInt8* at, const UInt8* behind,
-                                       UInt8* out) {
+                                       UInt8* __restrict out) {
   for (SInt32 i = 0; i < kStripe; ++i) {
     const UInt8 least = std::min(std::min(before[i], at[i]), behind[i]);
     const UInt8 most = std::max(std::max(before[i], at[i]), behind[i]);
@@ -117,15 +106,13 @@ class StripeFilter {
     Put(line, [&](UInt8* out) { SmoothLine(Read(line - 1), Read(line), Read(line + 1), out); });
   }
   void Weigh(SInt32 line) {
-    const UInt8* lines[taps];
-    for (SInt32 k = 0; k < taps; ++k)
-      lines[k] = Read(line - kHalf + k);
+    const auto at = [&](SInt32 distance) { return Read(line + distance); };
     Put(line, [&](UInt8* out) {
       if constexpr (taps == 7) {
-        Weigh7(lines, out);
-        ClampLine(Read(line - 1), Read(line), Read(line + 1), out);
+        Weigh7(at(-3), at(-2), at(-1), at(0), at(1), at(2), at(3), out);
+        ClampLine(at(-1), at(0), at(1), out);
       } else {
-        Weigh9(lines, out);
+        Weigh9(at(-4), at(-3), at(-2), at(-1), at(0), at(1), at(2), at(3), at(4), out);
       }
     });
   }
