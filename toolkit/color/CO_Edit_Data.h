@@ -4,9 +4,7 @@
 #include "QT_Nclc.h"
 #include "VI_PolyData.h"
 #include "base_types.h"
-
-/// A function of the platform that changes the gamma of images.
-struct ImageGammaFunction;
+#include "gamma_functions.h"
 
 /// Two planar frames of 4:2:2 in floats. Rows have the aligned width, which is a multiple of 8, of
 /// floats, those of chroma half as many.
