@@ -43,6 +43,32 @@ void CO_SanitizeNormYCbCrF32(float* yCbCr, const float* coefficients) {
   yCbCr[2] *= factor;
 }
 
+void CO_SanitizeYCbCrF32_255(float* yCbCr) {
+  constexpr float kZero = 128;
+  constexpr float kTop = 255;
+  constexpr float kMargin = 0.0001F;
+  const auto pull = [yCbCr](float factor) {
+    for (int i = 1; i < 3; ++i)
+      yCbCr[i] = (yCbCr[i] - kZero) * factor + kZero;
+  };
+  if (!(yCbCr[0] >= 0)) {  // not-a-number is black too
+    yCbCr[0] = 0;
+    yCbCr[1] = yCbCr[2] = kZero;
+    return;
+  }
+  if (yCbCr[0] > kTop) {
+    pull(kTop / yCbCr[0]);
+    yCbCr[0] = kTop;
+  }
+  const auto factor_of = [](float c) {
+    return c < 0 ? -kZero / (c - kZero) : c > kTop ? kZero / (c - kZero) : 1.0F;
+  };
+  float factor = std::min(factor_of(yCbCr[1]), factor_of(yCbCr[2]));
+  if (factor >= 1) return;
+  if (factor > kMargin) factor -= kMargin;
+  pull(factor);
+}
+
 void CO_SanitizeNormRGB_F32(float* rgb, const float* coefficients) {
   CO_RGB_F32 color = {rgb[0], rgb[1], rgb[2]};
   CO_YCbCrF32 luma_chroma = {};

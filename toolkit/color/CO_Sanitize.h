@@ -8,5 +8,9 @@
 /// 0.9999. What lay within is left as it was but for rounding and a hundred-thousandth of its
 /// chroma.
 void CO_SanitizeNormYCbCrF32(float* yCbCr, const float* coefficients);
-/// The same for normalised R'G'B'.
+/// Brings a triple of luma 0 to 255 and chroma offset by 128 into bytes without a change of hue: a
+/// luma above 255 draws chroma toward 128 with it, one below 0 makes it black, and chroma beyond
+/// 0 to 255 is drawn in by one factor.
+void CO_SanitizeYCbCrF32_255(float* yCbCr);
+/// The same as the first for normalised R'G'B'.
 void CO_SanitizeNormRGB_F32(float* rgb, const float* coefficients);
