@@ -37,6 +37,9 @@ function(quillmere_module name)
     add_library(${name} INTERFACE)
   endif()
   set_target_properties(${name} PROPERTIES QUILLMERE_LAYER ${arg_LAYER})
+  # Modules of one layer may need each other both ways: the linker goes round often enough that a
+  # source which another round has drawn in finds what it needs.
+  set_target_properties(${name} PROPERTIES LINK_INTERFACE_MULTIPLICITY 4)
   target_include_directories(${name} ${visibility} ${CMAKE_CURRENT_SOURCE_DIR})
   # Lets the build compile each header alone; those named *_private.h need a library of the module.
   list(FILTER headers EXCLUDE REGEX "_private\\.h$")
