@@ -147,6 +147,7 @@ SInt32 CO_MakeColorRamp(SInt32 width, UInt8* frame, const Rect* rect, float chro
   const SInt32 rows = rect->bottom - rect->top;
   if (columns < 6 || columns % 6 != 0 || rows < 2) return paramErr;
   std::vector<CO_YCbCrU8> hues;
+  hues.reserve(static_cast<std::size_t>(columns));
   for (SInt32 i = 0; i < columns; ++i)
     hues.push_back(RampColor(i, columns, chromaScale));
   ForEachPixel(
