@@ -102,20 +102,15 @@ SInt32 GL_GetEOF(const FSRef* reference, UInt64* data_logical, UInt64* data_phys
 
 SInt32 GL_GetLargeFileSize(const FSRef* reference, UInt64* size) {
   if (!reference || !size) return paramErr;
-  *size = 0;
-  return WalkForks(reference, [size](const HFSUniStr255&, SInt64 fork_size) {
-    *size += static_cast<UInt64>(fork_size);
-    return true;
-  });
+  return MF_FSGetTotalForkSizes(reference, size, nullptr, nullptr);
 }
 
 SInt32 GL_CountForks(const FSRef* reference, UInt32* count) {
-  if (!count) return paramErr;
-  *count = 0;
-  return WalkForks(reference, [count](const HFSUniStr255&, SInt64) {
-    ++*count;
-    return true;
-  });
+  if (!reference || !count) return paramErr;
+  ItemCount forks = 0;
+  const SInt32 status = MF_FSGetTotalForkSizes(reference, nullptr, nullptr, &forks);
+  if (!status) *count = static_cast<UInt32>(forks);
+  return status;
 }
 
 SInt32 GL_FileHasNamedForks(const FSRef* reference, Boolean* has) {
