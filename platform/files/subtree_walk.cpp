@@ -35,32 +35,30 @@ bool IsFolder(int folder, const dirent& entry) {
 
 }  // namespace
 
-OSStatus SubtreeWalk::VolumeOf(int folder, Volume* volume) {
-  unsigned mask = STATX_TYPE;
+OSStatus SubtreeWalk::Identify(int folder, Identity* identity) {
+  unsigned mask = STATX_INO;
 #ifdef STATX_MNT_ID
   mask |= STATX_MNT_ID;
 #endif
   struct statx found;
   if (statx(folder, "", AT_EMPTY_PATH, mask, &found) != 0) return StatusOfErrno(errno);
-  volume->mount = (UInt64{found.stx_dev_major} << 32) | found.stx_dev_minor;
+  const UInt64 device = (UInt64{found.stx_dev_major} << 32) | found.stx_dev_minor;
+  *identity = {device, found.stx_ino, device};
 #ifdef STATX_MNT_ID
-  if (found.stx_mask & STATX_MNT_ID) volume->mount = found.stx_mnt_id;
+  if (found.stx_mask & STATX_MNT_ID) identity->mount = found.stx_mnt_id;
 #endif
   return noErr;
 }
 
 OSStatus SubtreeWalk::Enter(Descriptor folder, std::string path) {
   if (!folder.IsOpen()) return StatusOfErrno(errno);
-  Volume volume{};
-  OSStatus status = VolumeOf(folder.get(), &volume);
-  struct stat found;
-  if (!status && fstat(folder.get(), &found) != 0) status = StatusOfErrno(errno);
-  if (status) return status;
-  if (levels_.empty()) volume_ = volume;
-  if (volume != volume_) return noErr;
   Level level;
+  const OSStatus status = Identify(folder.get(), &level.identity);
+  if (status) return status;
+  if (levels_.empty()) mount_ = level.identity.mount;
+  if (level.identity.mount != mount_) return noErr;
   // Reading goes through a descriptor of its own, which closedir takes away.
-  const OpenFolder entries(fdopendir(openat(folder.get(), ".", kFolderFlags)));
+  const OpenFolder entries(fdopendir(fcntl(folder.get(), F_DUPFD_CLOEXEC, 0)));
   if (!entries) return StatusOfErrno(errno);
   while (const dirent* entry = readdir(entries.get())) {
     const char* name = entry->d_name;
@@ -72,8 +70,6 @@ OSStatus SubtreeWalk::Enter(Descriptor folder, std::string path) {
             [](const Entry& a, const Entry& b) { return a.name < b.name; });
   if (path.back() != '/') path += '/';
   level.folder = std::move(folder);
-  level.device = found.st_dev;
-  level.inode = found.st_ino;
   level.path = std::move(path);
   levels_.push_back(std::move(level));
   if (levels_.size() > kMostOpen) levels_[levels_.size() - 1 - kMostOpen].folder = Descriptor();
@@ -102,9 +98,9 @@ void SubtreeWalk::Leave() {
   if (levels_.empty() || levels_.back().folder.IsOpen()) return;
   Level& level = levels_.back();
   level.folder = Descriptor(openat(left.folder.get(), "..", kFolderFlags));
-  struct stat found;
-  const bool is_same = level.folder.IsOpen() && fstat(level.folder.get(), &found) == 0 &&
-                       found.st_dev == level.device && found.st_ino == level.inode;
+  Identity found{};
+  const bool is_same = level.folder.IsOpen() && Identify(level.folder.get(), &found) == noErr &&
+                       found == level.identity;
   if (!is_same) level.next = level.entries.size();
 }
 

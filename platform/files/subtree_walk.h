@@ -37,26 +37,27 @@ class SubtreeWalk {
   std::string Path() const;
 
  private:
+  /// What tells one folder from another.
+  struct Identity {
+    UInt64 device;
+    UInt64 inode;
+    UInt64 mount;  ///< the kernel's number of the mount; where it does not tell, of the device
+    bool operator==(const Identity&) const = default;
+  };
   struct Level {
     Descriptor folder;  ///< closed for all but the innermost few
-    UInt64 device = 0;
-    UInt64 inode = 0;
+    Identity identity{};
     std::string path;  ///< with a slash at its end
     std::vector<Entry> entries;
     std::size_t next = 0;
   };
-  /// What tells one volume from another.
-  struct Volume {
-    UInt64 mount;  ///< the kernel's number of the mount; where it does not tell, of the device
-    bool operator==(const Volume&) const = default;
-  };
-  static OSStatus VolumeOf(int folder, Volume* volume);
+  static OSStatus Identify(int folder, Identity* identity);
   OSStatus Enter(Descriptor folder, std::string path);
   void EnterLast();
   void Leave();
 
   std::vector<Level> levels_;
-  Volume volume_{};
+  UInt64 mount_ = 0;
   bool last_is_folder_ = false;
 };
 
