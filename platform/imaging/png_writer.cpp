@@ -2,7 +2,9 @@
 
 #include <png.h>
 
-#include "file_references.h"
+#include <vector>
+
+#include "whole_files.h"
 
 namespace quillmere::imaging {
 
@@ -14,9 +16,11 @@ OSStatus WritePngFile(std::span<const UInt8> rgb, UInt32 width, UInt32 height,
   image.width = width;
   image.height = height;
   image.format = PNG_FORMAT_RGB;
-  return png_image_write_to_file(&image, path.c_str(), 0, rgb.data(), 0, nullptr) != 0
-             ? OSStatus{noErr}
-             : OSStatus{ioErr};
+  std::vector<UInt8> bytes(PNG_IMAGE_PNG_SIZE_MAX(image));
+  png_alloc_size_t size = bytes.size();
+  if (png_image_write_to_memory(&image, bytes.data(), &size, 0, rgb.data(), 0, nullptr) == 0)
+    return memFullErr;
+  return ReplaceWholeFile(path, std::span(bytes).first(size), false);
 }
 
 }  // namespace quillmere::imaging
