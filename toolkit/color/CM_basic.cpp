@@ -25,9 +25,6 @@ constexpr OSType kParametricCurves[] = {"aarg"_4cc, "aagg"_4cc, "aabg"_4cc};
 constexpr OSType kColorants[] = {"rXYZ"_4cc, "gXYZ"_4cc, "bXYZ"_4cc};
 constexpr OSType kNativeDisplay = "ndin"_4cc;
 constexpr float kDefaultGamma = 1.8F;
-constexpr SInt32 kD50 = 1;
-constexpr SInt32 kD65 = 2;
-constexpr SInt32 kBradford = 3;
 
 struct CloseProfile {
   void operator()(CMProfileRef profile) const { CMCloseProfile(profile); }
@@ -315,9 +312,9 @@ SInt32 CM_GetDefaultMonitorNativeColor(SimpleColorSpaceParams* color) {
   double from[3];
   double to[3];
   double adaptation[9];
-  CO_IndexToWhitePointXYZ_D(kD50, from);
-  CO_IndexToWhitePointXYZ_D(kD65, to);
-  status = CO_GetChromaticAdaptationMatrix(from, to, kBradford, adaptation);
+  CO_IndexToWhitePointXYZ_D(kCO_WhiteD50, from);
+  CO_IndexToWhitePointXYZ_D(kCO_WhiteD65, to);
+  status = CO_GetChromaticAdaptationMatrix(from, to, kCO_ConesBradford, adaptation);
   if (status != noErr) return status;
   double transposed[9];
   double wide[9];

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "CO_Ranges.h"
+#include "CO_Sanitize.h"
 #include "GL_CF.h"
 #include "rounding_private.h"
 
@@ -46,12 +47,6 @@ SInt32 LumaTimes250(const CO_RGB8& rgb) {
 
 UInt8 VideoCode(double value) {
   return std::clamp<UInt8>(Cut<UInt8>(value), 1, 254);
-}
-
-/// The factor that brings a chroma within a byte around 128.
-float FactorInto(float chroma) {
-  if (chroma < 0) return -128 / (chroma - 128);
-  return chroma > 255 ? 128 / (chroma - 128) : 1;
 }
 
 UInt8 CutByte(float value) {
@@ -180,23 +175,9 @@ void CO_YCbCrF32_StoU(const CO_YCbCrF32* in, SInt32 rangeType, CO_YCbCrF32* out)
 }
 
 void CO_YCbCrF32toU8(const CO_YCbCrF32* in, CO_YCbCrU8* out) {
-  if (in->y < 0) {
-    *out = {0, 128, 128};
-    return;
-  }
-  constexpr float kFar = 1e30F;  // infinity can't be drawn in
-  CO_YCbCrF32 color = {in->y, std::clamp(in->cb, -kFar, kFar), std::clamp(in->cr, -kFar, kFar)};
-  const auto pull = [&](float factor) {
-    color.cb = (color.cb - 128) * factor + 128;
-    color.cr = (color.cr - 128) * factor + 128;
-  };
-  if (color.y > 255) {
-    pull(255 / color.y);
-    color.y = 255;
-  }
-  const float factor = std::min(FactorInto(color.cb), FactorInto(color.cr));
-  if (factor < 1) pull(factor);
-  *out = {CutByte(color.y + 0.499F), CutByte(color.cb + 0.499F), CutByte(color.cr + 0.499F)};
+  float color[] = {in->y, in->cb, in->cr};
+  CO_PullInto255(color, 0);
+  *out = {CutByte(color[0] + 0.499F), CutByte(color[1] + 0.499F), CutByte(color[2] + 0.499F)};
 }
 
 void CO_RGB_F32toYCbCrU8(const CO_RGB_F32* rgb, const float* coefficients, SInt32 rangeType,

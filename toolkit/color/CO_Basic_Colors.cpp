@@ -29,11 +29,6 @@ constexpr BasicColor kColors[] = {{kCO_Black, {0, 0, 0}, {0, 0, 0}},
                                   {kCO_Red, {1, 0, 0}, {kFull, 0, 0}},
                                   {kCO_Yellow, {1, 1, 0}, {kFull, kFull, 0}}};
 
-constexpr SInt32 kBT601 = 6;
-constexpr SInt32 kD50 = 1;
-constexpr SInt32 kD65 = 2;
-constexpr SInt32 kBradford = 3;
-
 const BasicColor* Find(SInt32 code) {
   const auto* found = std::find_if(std::begin(kColors), std::end(kColors),
                                    [=](const BasicColor& color) { return color.code == code; });
@@ -49,7 +44,7 @@ constexpr float RestOfHalf(float fixed, float weight) {
 CO_RGB_F32 HalfBright(const BasicColor& color) {
   constexpr float kNearlyAll = 0.95F;
   float luma[3];
-  CO_IndexToMatrixF(kBT601, luma);
+  CO_IndexToMatrixF(kCO_MatrixBT601, luma);
   const auto [red, green, blue] = luma;
   switch (color.code) {
     case kCO_Yellow: {
@@ -105,7 +100,7 @@ void CO_RGB_BasicColorToSimpleYCbCrU8(SInt32 code, SInt32 rangeType, CO_YCbCrU8*
   if (Find(code) == nullptr) return;
   CO_RGB_F32 rgb = {};
   float luma[3];
-  CO_IndexToMatrixF(kBT601, luma);
+  CO_IndexToMatrixF(kCO_MatrixBT601, luma);
   CO_RGB_BasicColorToSimpleRGB_F32(code, kCO_FullRange, &rgb);
   CO_RGB_F32toYCbCrU8(&rgb, luma, rangeType, out);
 }
@@ -118,9 +113,9 @@ SInt32 CO_RGB_BasicColorToRGB_F32(SInt32 code, const float* primaries, const Gam
                             kQT_NclcUnspecified};
   float rgb[] = {color->norm.r, color->norm.g, color->norm.b};
   const SInt32 status = CO_ConvertNormRGB_F32_indexed(
-      rgb, &kOwn, 0, kCO_Gamma2_2, kCO_TransferByData, kD50, nullptr, kQT_NclcUnspecified,
-      primaries, kBradford, nclc, 0, gamma, kCO_TransferByData, kD65, nullptr, kQT_NclcUnspecified,
-      primaries, rgb);
+      rgb, &kOwn, 0, kCO_Gamma2_2, kCO_TransferByData, kCO_WhiteD50, nullptr, kQT_NclcUnspecified,
+      primaries, kCO_ConesBradford, nclc, 0, gamma, kCO_TransferByData, kCO_WhiteD65, nullptr,
+      kQT_NclcUnspecified, primaries, rgb);
   if (status != noErr) return status;
   float luma[3];
   CO_IndexToMatrixF(nclc->matrix, luma);

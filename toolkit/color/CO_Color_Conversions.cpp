@@ -103,9 +103,9 @@ void CO_IndexToConeAdaptationMatrix(SInt32 index, double* matrix) {
                                   0,       -0.08081, 0.0457, 0.91822};
   constexpr double kBradford[] = {0.8951,  -0.7502, 0.0389, 0.2664, 1.7135,
                                   -0.0685, -0.1614, 0.0367, 1.0296};
-  if (index == 2)
+  if (index == kCO_ConesVonKries)
     std::copy_n(kVonKries, kElements, matrix);
-  else if (index == 3)
+  else if (index == kCO_ConesBradford)
     std::copy_n(kBradford, kElements, matrix);
   else
     CB_SetUnitMatrixD(kSize, matrix);

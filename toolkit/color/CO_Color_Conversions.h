@@ -42,6 +42,16 @@ struct SimpleColorSpaceParams {
 
 // Constants by index.
 
+// The indices that this system's own code asks for by name; the functions below tell the others.
+
+inline constexpr UInt16 kCO_PrimariesBT709 = 1;
+inline constexpr UInt16 kCO_MatrixBT601 = 6;
+inline constexpr SInt32 kCO_WhiteCustom = 0;  ///< one that the caller gives
+inline constexpr SInt32 kCO_WhiteD50 = 1;
+inline constexpr SInt32 kCO_WhiteD65 = 2;
+inline constexpr SInt32 kCO_ConesVonKries = 2;
+inline constexpr SInt32 kCO_ConesBradford = 3;
+
 /// Primaries by the index of a colour parameter record: 1 ITU-R BT.709, 5 EBU Tech. 3213, 6 SMPTE
 /// C; 3 Adobe RGB (1998); 4 those of the main display's profile, 7 those of its native display
 /// information (CM_basic.h), whose errors are returned; any other gives zeros. As chromaticities x,

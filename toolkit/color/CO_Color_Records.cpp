@@ -6,9 +6,6 @@
 
 namespace {
 
-constexpr SInt32 kDefaultMatrix = 6;
-constexpr SInt32 kDefaultPrimaries = 1;
-constexpr SInt32 kD65 = 2;
 constexpr float kTo8Bit = 255;
 constexpr float kFrom8Bit = 0.003921569F;
 
@@ -22,7 +19,7 @@ bool IsSpecified(SInt32 index) {
 
 /// The primaries that stand for a side's unspecified ones: the other side's.
 SInt32 PrimariesBeside(const QT_Nclc* other) {
-  return IsGiven(other) && IsSpecified(other->primaries) ? other->primaries : kDefaultPrimaries;
+  return IsGiven(other) && IsSpecified(other->primaries) ? other->primaries : kCO_PrimariesBT709;
 }
 
 /// A row vector times a matrix, narrowed first.
@@ -57,7 +54,7 @@ void CO_GetWhitePtForRGB_F32_Conversion(SInt32 index, const QT_Nclc* nclc, const
       xyz[i] = static_cast<double>(custom[i]) / static_cast<double>(custom[1]);
     return;
   }
-  CO_IndexToWhitePointXYZ_D(index == 0 ? kD65 : index, xyz);
+  CO_IndexToWhitePointXYZ_D(index == 0 ? kCO_WhiteD65 : index, xyz);
 }
 
 void CO_GetGammaIndexForRGB_F32_Conversion(SInt32* gammaIndex, const QT_Nclc* nclc,
@@ -68,7 +65,7 @@ void CO_GetGammaIndexForRGB_F32_Conversion(SInt32* gammaIndex, const QT_Nclc* nc
 
 SInt32 CO_GetSaniMatrixForRGB_F32_Conversion(const QT_Nclc* nclc, float* coefficients) {
   const SInt32 index =
-      IsGiven(nclc) && QT_StandardNclcMatrix(nclc->matrix) ? nclc->matrix : kDefaultMatrix;
+      IsGiven(nclc) && QT_StandardNclcMatrix(nclc->matrix) ? nclc->matrix : kCO_MatrixBT601;
   CO_IndexToMatrixF(index, coefficients);
   return index;
 }
@@ -133,9 +130,9 @@ SInt32 CO_ConvertRGB_F32_nclc(const float* in, const QT_Nclc* source, float* out
   float rgb[3];
   Scale(kFrom8Bit, in, rgb);
   const SInt32 status = CO_ConvertNormRGB_F32_indexed(
-      rgb, source, 0, kCO_Gamma2_2, kCO_TransferByData, kD65, nullptr, PrimariesBeside(destination),
-      nullptr, 0, destination, 0, kCO_Gamma2_2, kCO_TransferByData, kD65, nullptr,
-      PrimariesBeside(source), nullptr, rgb);
+      rgb, source, 0, kCO_Gamma2_2, kCO_TransferByData, kCO_WhiteD65, nullptr,
+      PrimariesBeside(destination), nullptr, 0, destination, 0, kCO_Gamma2_2, kCO_TransferByData,
+      kCO_WhiteD65, nullptr, PrimariesBeside(source), nullptr, rgb);
   if (status == noErr) Scale(kTo8Bit, rgb, out);
   return status;
 }

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr SInt32 kPrimariesUnspecified = 2;
-constexpr UInt16 kBT601 = 6;
 constexpr float kLeastPower = 0.01F;
 
 bool IsStandard(const QT_Nclc& nclc) {
@@ -188,15 +186,16 @@ Boolean CO_DoTransferFunction(const EditData* edit) {
 Boolean CO_DoPrimaries(const EditData* edit) {
   const UInt16 source = edit->sourceNclc.primaries;
   const UInt16 destination = edit->destNclc.primaries;
-  return source != destination && source != kPrimariesUnspecified &&
-         destination != kPrimariesUnspecified;
+  return source != destination && source != kQT_NclcUnspecified &&
+         destination != kQT_NclcUnspecified;
 }
 
 Boolean CO_DoMatrix(const EditData* edit) {
   const auto is_other = [](UInt16 matrix) { return matrix == 1 || matrix == 7; };
   const UInt16 source = edit->sourceNclc.matrix;
   const UInt16 destination = edit->destNclc.matrix;
-  return (source == kBT601 && is_other(destination)) || (destination == kBT601 && is_other(source));
+  return (source == kCO_MatrixBT601 && is_other(destination)) ||
+         (destination == kCO_MatrixBT601 && is_other(source));
 }
 
 Boolean CO_DoNclc(const EditData* edit) {

@@ -168,27 +168,23 @@ SInt32 CO_FindMatchForPixel(UInt32 pixel, const UInt32* table, SInt32 count, SIn
   while (candidate < count - 1 && table[candidate] > pixel)
     ++candidate;
   SInt32 best = candidate;
-  UInt32 best_distance = CO_ColorDiff(pixel, table[candidate]);
-  // The high component alone can't be farther away than the best; it falls along the table.
-  const auto look = [&](SInt32 i) {
-    const auto high = static_cast<UInt32>(
-        std::abs(static_cast<SInt32>(HighOf(pixel)) - static_cast<SInt32>(HighOf(table[i]))));
-    const UInt32 distance = CO_ColorDiff(pixel, table[i]);
-    if (distance < best_distance || (distance == best_distance && i < best)) {
-      best = i;
-      best_distance = distance;
-    }
-    return high <= best_distance;
+  auto best_distance = static_cast<SInt32>(CO_ColorDiff(pixel, table[candidate]));
+  // The high component falls along the table: once it alone is farther away than the best, no
+  // entry beyond comes nearer.
+  const auto above = [&](SInt32 i) {
+    return static_cast<SInt32>(HighOf(table[i])) - static_cast<SInt32>(HighOf(pixel));
   };
-  const auto leads_on = [&](SInt32 i, bool upward) {
-    // On the pixel's own side of it a farther component may come nearer again.
-    const bool is_before =
-        upward ? HighOf(table[i]) < HighOf(pixel) : HighOf(table[i]) > HighOf(pixel);
-    return look(i) || is_before;
-  };
-  for (SInt32 i = candidate - 1; i >= 0 && leads_on(i, true); --i) {
+  for (SInt32 i = candidate - 1; i >= 0 && above(i) <= best_distance; --i) {
+    const auto distance = static_cast<SInt32>(CO_ColorDiff(pixel, table[i]));
+    if (distance > best_distance) continue;
+    best = i;
+    best_distance = distance;
   }
-  for (SInt32 i = candidate + 1; i < count && leads_on(i, false); ++i) {
+  for (SInt32 i = candidate + 1; i < count && -above(i) <= best_distance; ++i) {
+    const auto distance = static_cast<SInt32>(CO_ColorDiff(pixel, table[i]));
+    if (distance >= best_distance) continue;
+    best = i;
+    best_distance = distance;
   }
   return best;
 }

@@ -10,10 +10,12 @@
 /// | 2vuy | 2 | 4 | Cb Y0 Cr Y1, 8 bits, chroma offset by 128 |
 /// | yuv2 | 2 | 4 | Y0 Cb Y1 Cr, 8 bits, chroma two's complement |
 /// | v216 | 2 | 8 | Cb Y0 Cr Y1, a depth of 10, 12, 14 or 16 bits at the top of each word |
-/// | v210 | 6 | 16 | three of 10 bits from bit 0 on in each word of 32: Cb0 Y0 Cr0, Y1 Cb1 Y2, Cr1
-/// Y3 Cb2, Y4 Cr2 Y5; lines are whole 128 bytes | | v410 | 1 | 4 | Cb, Y, Cr, 10 bits each from bit
-/// 2 on | | RGB16 | 1 | 2 | alpha, then 5 bits each of red, green, blue, from the top of a native
-/// word |
+/// | v210 | 6 | 16 | four words of 32 bits with three of 10 from bit 0 on (below) |
+/// | v410 | 1 | 4 | Cb, Y, Cr, 10 bits each from bit 2 on |
+/// | RGB16 | 1 | 2 | alpha, then 5 bits each of red, green, blue, from the top of a native word |
+///
+/// The words of v210 hold Cb0 Y0 Cr0, Y1 Cb1 Y2, Cr1 Y3 Cb2, Y4 Cr2 Y5; its lines are whole 128
+/// bytes.
 #pragma once
 
 #include "base_types.h"

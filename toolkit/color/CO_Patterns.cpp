@@ -26,11 +26,12 @@ void ForEachPixel(std::ptrdiff_t stride, std::ptrdiff_t size, UInt8* frame, cons
   }
 }
 
-/// The colour of a code; false if there is none.
+/// The colour of a code; false if there is none, which leaves what stands there as it is.
 bool FindColor(SInt32 code, SInt32 range, CO_YCbCrU8* color) {
-  *color = {0, 0, 0};
+  constexpr CO_YCbCrU8 kNoColor = {0, 0, 0};  // as low as no colour's chroma
+  *color = kNoColor;
   CO_RGB_BasicColorToSimpleYCbCrU8(code, range, color);
-  return color->cb != 0 || color->cr != 0;  // no colour's chroma is as low
+  return color->cb != kNoColor.cb || color->cr != kNoColor.cr;
 }
 
 UInt8 Cut(float value) {
@@ -66,9 +67,6 @@ template <class Draw>
 SInt32 DrawGreys(Rect* rect, SInt32 last_row, SInt32 range, const GammaData* gamma,
                  const QT_Nclc* nclc, SInt32 count, Draw draw) {
   if (count < 2) return paramErr;
-  std::vector<float> values(static_cast<std::size_t>(count));
-  const SInt32 status = CO_CreateBrightnessRamp(range, gamma, nclc, count, values.data());
-  if (status != noErr) return status;
   const SInt32 height = rect->bottom - rect->top;
   for (SInt32 i = 0; i < count; ++i) {
     if (i > 0) {
@@ -78,7 +76,10 @@ SInt32 DrawGreys(Rect* rect, SInt32 last_row, SInt32 range, const GammaData* gam
     } else if (rect->bottom > last_row) {
       break;
     }
-    draw(Cut(values[static_cast<std::size_t>(i)] + 0.5F));
+    float level = 0;
+    const SInt32 status = CO_BrightnessOfStep(range, gamma, nclc, count, i, &level);
+    if (status != noErr) return status;
+    draw(Cut(level + 0.5F));
   }
   return noErr;
 }
@@ -161,15 +162,21 @@ SInt32 CO_MakeColorRamp(SInt32 width, UInt8* frame, const Rect* rect, float chro
   return noErr;
 }
 
+SInt32 CO_BrightnessOfStep(SInt32 rangeType, const GammaData* gamma, const QT_Nclc* nclc,
+                           SInt32 count, SInt32 step, float* value) {
+  *value = static_cast<float>(step) / static_cast<float>(count - 1);
+  const SInt32 status = CO_ConvertGammaNormF32(*value, kCO_Gamma2_2, kCO_TransferByData, gamma,
+                                               nclc->transferFunction, value);
+  *value = rangeType == kCO_FullRange ? *value * 255 : *value * 219 + 16;
+  return status;
+}
+
 SInt32 CO_CreateBrightnessRamp(SInt32 rangeType, const GammaData* gamma, const QT_Nclc* nclc,
                                SInt32 count, float* values) {
   if (count < 2) return paramErr;
   for (SInt32 i = 0; i < count; ++i) {
-    float value = static_cast<float>(i) / static_cast<float>(count - 1);
-    const SInt32 status = CO_ConvertGammaNormF32(value, kCO_Gamma2_2, kCO_TransferByData, gamma,
-                                                 nclc->transferFunction, &value);
+    const SInt32 status = CO_BrightnessOfStep(rangeType, gamma, nclc, count, i, &values[i]);
     if (status != noErr) return status;
-    values[i] = rangeType == kCO_FullRange ? value * 255 : value * 219 + 16;
   }
   return noErr;
 }

@@ -41,6 +41,9 @@ SInt32 CO_MakeColorRamp(SInt32 width, UInt8* frame, const Rect* rect, float chro
 /// else 16 to 235. paramErr for fewer than 2.
 SInt32 CO_CreateBrightnessRamp(SInt32 rangeType, const GammaData* gamma, const QT_Nclc* nclc,
                                SInt32 count, float* values);
+/// One of these values, of a ramp of at least 2.
+SInt32 CO_BrightnessOfStep(SInt32 rangeType, const GammaData* gamma, const QT_Nclc* nclc,
+                           SInt32 count, SInt32 step, float* value);
 /// Draws these values into rectangles below each other, as far as the frame's height goes; the
 /// rectangle moves along.
 SInt32 CO_DrawVertGreyScaleRamp(SInt32 width, SInt32 height, UInt8* frame, Rect* rect,

@@ -13,10 +13,6 @@
 
 namespace {
 
-constexpr SInt32 kD50 = 1;
-constexpr SInt32 kD65 = 2;
-constexpr SInt32 kBradford = 3;
-constexpr SInt32 kCustomWhite = 0;
 constexpr SInt32 kCircleMatrix = 2;
 
 /// What the patterns' own colours are in: gamma 2.2, and custom primaries unless the record's are
@@ -79,9 +75,9 @@ SInt32 DrawBars(const Rect& rect, const float* primaries, const float* white,
     CO_RGB_F32 color = BarColor(kBars[i]);
     float rgb[] = {color.r, color.g, color.b};
     const SInt32 status = CO_ConvertNormRGB_F32_indexed(
-        rgb, record, 0, kCO_Gamma2_2, kCO_TransferByData, kCustomWhite, white, kQT_NclcUnspecified,
-        primaries, kBradford, nclc, 0, gamma, kCO_TransferByData, kD65, nullptr,
-        kQT_NclcUnspecified, primaries, rgb);
+        rgb, record, 0, kCO_Gamma2_2, kCO_TransferByData, kCO_WhiteCustom, white,
+        kQT_NclcUnspecified, primaries, kCO_ConesBradford, nclc, 0, gamma, kCO_TransferByData,
+        kCO_WhiteD65, nullptr, kQT_NclcUnspecified, primaries, rgb);
     if (status != noErr) return status;
     color = {rgb[0], rgb[1], rgb[2]};
     const Rect bar = {rect.top, static_cast<SInt16>(rect.left + i * width / kBarCount), rect.bottom,
@@ -111,9 +107,9 @@ SInt32 CO_CirclePosToColor(const float* primaries, const GammaData* gamma, const
   const QT_Nclc source = SourceRecord(*nclc);
   float triple[] = {rgb.r, rgb.g, rgb.b};
   const SInt32 status = CO_ConvertNormRGB_F32_indexed(
-      triple, &source, 0, kCO_Gamma2_2, kCO_TransferByData, kD50, nullptr, kQT_NclcUnspecified,
-      primaries, kBradford, nclc, 0, gamma, kCO_TransferByData, kD65, nullptr, kQT_NclcUnspecified,
-      primaries, triple);
+      triple, &source, 0, kCO_Gamma2_2, kCO_TransferByData, kCO_WhiteD50, nullptr,
+      kQT_NclcUnspecified, primaries, kCO_ConesBradford, nclc, 0, gamma, kCO_TransferByData,
+      kCO_WhiteD65, nullptr, kQT_NclcUnspecified, primaries, triple);
   if (status != noErr) return status;
   rgb = {triple[0], triple[1], triple[2]};
   CO_RGB_F32toYCbCrF32(&rgb, luma, color);
@@ -183,12 +179,16 @@ SInt32 DBG_PrintColorBars(const GammaData* gamma, SInt32 count, Boolean as1961) 
   const QT_Nclc nclc = {kQT_NclcType, kQT_NclcUnspecified,
                         static_cast<UInt16>(as1961 ? kCO_TransferBT709 : kCO_TransferUnspecified),
                         kQT_NclcUnspecified};
-  std::vector<float> values(static_cast<std::size_t>(std::max(count, 0)));
-  SInt32 status = CO_CreateBrightnessRamp(kCO_FullRange, gamma, &nclc, count, values.data());
+  if (count < 2) return paramErr;
+  float value = 0;
+  SInt32 status = CO_BrightnessOfStep(kCO_FullRange, gamma, &nclc, count, 0, &value);
   if (status != noErr) return status;
   std::printf("Expected brightness ramp: ");
-  for (const float value : values)
+  for (SInt32 i = 0; i < count; ++i) {
+    status = CO_BrightnessOfStep(kCO_FullRange, gamma, &nclc, count, i, &value);
+    if (status != noErr) return status;
     std::printf("%.1f, ", static_cast<double>(value));
+  }
   std::printf("\nExpected color bars: ");
   for (const SInt32 code : kBars) {
     const CO_RGB_F32 color = BarColor(code);

@@ -43,10 +43,10 @@ void CO_SanitizeNormYCbCrF32(float* yCbCr, const float* coefficients) {
   yCbCr[2] *= factor;
 }
 
-void CO_SanitizeYCbCrF32_255(float* yCbCr) {
+void CO_PullInto255(float* yCbCr, float margin) {
   constexpr float kZero = 128;
   constexpr float kTop = 255;
-  constexpr float kMargin = 0.0001F;
+  constexpr float kFar = 1e30F;  // infinity can't be drawn in
   const auto pull = [yCbCr](float factor) {
     for (int i = 1; i < 3; ++i)
       yCbCr[i] = (yCbCr[i] - kZero) * factor + kZero;
@@ -56,6 +56,8 @@ void CO_SanitizeYCbCrF32_255(float* yCbCr) {
     yCbCr[1] = yCbCr[2] = kZero;
     return;
   }
+  for (int i = 1; i < 3; ++i)
+    yCbCr[i] = std::clamp(yCbCr[i], -kFar, kFar);
   if (yCbCr[0] > kTop) {
     pull(kTop / yCbCr[0]);
     yCbCr[0] = kTop;
@@ -65,8 +67,13 @@ void CO_SanitizeYCbCrF32_255(float* yCbCr) {
   };
   float factor = std::min(factor_of(yCbCr[1]), factor_of(yCbCr[2]));
   if (factor >= 1) return;
-  if (factor > kMargin) factor -= kMargin;
+  if (factor > margin) factor -= margin;
   pull(factor);
+}
+
+void CO_SanitizeYCbCrF32_255(float* yCbCr) {
+  constexpr float kMargin = 0.0001F;
+  CO_PullInto255(yCbCr, kMargin);
 }
 
 void CO_SanitizeNormRGB_F32(float* rgb, const float* coefficients) {

@@ -12,5 +12,7 @@ void CO_SanitizeNormYCbCrF32(float* yCbCr, const float* coefficients);
 /// luma above 255 draws chroma toward 128 with it, one below 0 makes it black, and chroma beyond
 /// 0 to 255 is drawn in by one factor.
 void CO_SanitizeYCbCrF32_255(float* yCbCr);
+/// The same with `margin` taken from the factor that draws chroma in; the former's is 0.0001.
+void CO_PullInto255(float* yCbCr, float margin);
 /// The same as the first for normalised R'G'B'.
 void CO_SanitizeNormRGB_F32(float* rgb, const float* coefficients);

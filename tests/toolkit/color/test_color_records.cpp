@@ -14,6 +14,7 @@
 #include "CO_Color_Conversions.h"
 #include "CO_Sanitize.h"
 #include "ORW_blas.h"
+#include "bt709_curve.h"
 
 namespace {
 
@@ -117,14 +118,6 @@ TEST(ColorRecords, MatricesOfIndicesKeepWhite) {
   EXPECT_FALSE(is_unit());
   for (int column = 0; column < 3; ++column)
     EXPECT_NEAR(matrix[column] + matrix[3 + column] + matrix[6 + column], 1, 1e-12);
-}
-
-/// The same conversion in double precision, by BT.709's curve (ITU-R BT.709-6, 1.2).
-double Decode709(double v) {
-  return v < 0.081 ? v / 4.5 : std::pow((v + 0.099) / 1.099, 1 / 0.45);
-}
-double Encode709(double v) {
-  return v < 0.018 ? v * 4.5 : 1.099 * std::pow(v, 0.45) - 0.099;
 }
 
 TEST(ColorRecords, ConvertBetweenStandardSpaces) {

@@ -12,6 +12,7 @@
 #include "CO_Gamma.h"
 #include "CO_Ranges.h"
 #include "ORW_blas.h"
+#include "bt709_curve.h"
 #include "gamma_functions.h"
 
 namespace {
@@ -37,14 +38,6 @@ struct Edit {
   EditData data = {};
   double to_rgb[9], to_yuv[9], primaries[9];
 };
-
-// ITU-R BT.709-5, 1.2, and its inverse.
-double Decode709(double v) {
-  return v < 0.081 ? v / 4.5 : std::pow((v + 0.099) / 1.099, 1 / 0.45);
-}
-double Encode709(double v) {
-  return v < 0.018 ? v * 4.5 : 1.099 * std::pow(v, 0.45) - 0.099;
-}
 
 void Sanitize(double* yuv, const double* k) {
   if (yuv[0] < 0.00001) {

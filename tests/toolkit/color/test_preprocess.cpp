@@ -110,22 +110,50 @@ TEST(ChromaPreprocessing, ConstantLinesStayAndPairsShare) {
 }
 
 TEST(ChromaPreprocessing, StrongEdgesStayWithinRGB) {
+  // Random colours side by side, none so dark or bright that a luma has to move.
   std::mt19937 random(2);
+  constexpr std::size_t kWidth = 400;
+  Guarded<float> y(kWidth), cb(kWidth), cr(kWidth);
+  for (std::size_t i = 0; i < kWidth;) {
+    const auto component = [&] { return static_cast<double>(random() % 256) / 255; };
+    double yuv[3];
+    CO_RGBToYCbCrD(component(), component(), component(), kLuma[0], kLuma[1], kLuma[2], &yuv[0],
+                   &yuv[1], &yuv[2]);
+    if (yuv[0] < 0.2 || yuv[0] > 0.8) continue;
+    y[i] = static_cast<float>(yuv[0]);
+    cb[i] = static_cast<float>(yuv[1]);
+    cr[i] = static_cast<float>(yuv[2]);
+    ++i;
+  }
+  const auto outside = [&] {
+    double most = 0;
+    for (std::size_t i = 0; i < kWidth; ++i) {
+      const Colour c = ToRGB(255 * static_cast<double>(y[i]), 255 * static_cast<double>(cb[i]),
+                             255 * static_cast<double>(cr[i]));
+      most = std::max({most, -Least(c), Most(c) - 255});
+    }
+    return most;
+  };
+  const Guarded<float> first_cb = cb, first_cr = cr;
+  for (std::size_t i = 0; i < kWidth; i += 2) {
+    cb[i] = cb[i + 1] = (cb[i] + cb[i + 1]) / 2;
+    cr[i] = cr[i + 1] = (cr[i] + cr[i + 1]) / 2;
+  }
+  EXPECT_GT(outside(), 50);  // what shared chroma does without the corrections
+  cb = first_cb;
+  cr = first_cr;
+  CO_PreprocessYUV_Chroma(kWidth, y.data(), cb.data(), cr.data(), kLuma);
+  EXPECT_LT(outside(), 0.1);
+  // Bytes of full colours keep their alpha and stay in their range.
   for (const SInt32 range : {kCO_FullRange, kCO_VideoRange}) {
-    for (int round = 0; round < 200; ++round) {
-      constexpr SInt32 kWidth = 33;
-      Guarded<UInt8> line(kWidth * 4, static_cast<UInt32>(round));
-      for (std::size_t i = 0; i < line.size(); ++i) {
-        // Full colours side by side.
-        const UInt8 full = range == kCO_VideoRange ? 219 : 255;
-        line[i] = i % 4 == 0 ? static_cast<UInt8>(i) : (random() % 2 == 0 ? UInt8{0} : full);
-      }
-      CO_PreprocessRGB_Chroma(kWidth, line.data(), kLuma, range);
-      for (std::size_t i = 0; i < line.size(); i += 4)
-        ASSERT_EQ(line[i], static_cast<UInt8>(i));
-      if (range == kCO_VideoRange) {
-        EXPECT_LE(*std::max_element(line.data() + 1, line.data() + 4), 219);
-      }
+    const UInt8 full = range == kCO_VideoRange ? 219 : 255;
+    Guarded<UInt8> line(33 * 4);
+    for (std::size_t i = 0; i < line.size(); ++i)
+      line[i] = i % 4 == 0 ? static_cast<UInt8>(i) : (random() % 2 == 0 ? UInt8{0} : full);
+    CO_PreprocessRGB_Chroma(33, line.data(), kLuma, range);
+    for (std::size_t i = 0; i < line.size(); i += 4) {
+      ASSERT_EQ(line[i], static_cast<UInt8>(i));
+      ASSERT_LE(*std::max_element(line.data() + i + 1, line.data() + i + 4), full);
     }
   }
   // The same colour everywhere comes back.
