@@ -10,33 +10,22 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "GL_BlockMove.h"
+#include "timing.h"
 
 namespace {
+
+using namespace quillmere::benchmarks;
 
 constexpr SInt64 kSize = SInt64{256} << 20;
 constexpr SInt64 kRoom = SInt64{1} << 20;
 constexpr UInt32 kBuffer = 1 << 20;
 constexpr int kPairs = 7;
-
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "block_move_benchmark: %s failed\n", what);
-  std::exit(1);
-}
-
-template <class Work>
-double Seconds(Work work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 /// Copies the bytes from the start of one file over those of another.
 void Copy(int from, int to, std::vector<char>* buffer) {
@@ -59,11 +48,6 @@ int NewFile(const std::filesystem::path& path) {
     }
   }
   return file;
-}
-
-double Median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
 }
 
 void Measure(const std::filesystem::path& folder, SInt64 source, SInt64 destination) {

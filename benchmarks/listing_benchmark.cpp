@@ -8,8 +8,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -20,26 +18,16 @@
 #include "MF_FileObjects.h"
 #include "catalogue_search.h"
 #include "cf_strings.h"
+#include "timing.h"
 
 namespace {
+
+using namespace quillmere::benchmarks;
 
 constexpr int kFolders = 1000;
 constexpr int kFilesInEach = 100;
 constexpr int kPairs = 15;
 constexpr char16_t kName[] = u"no such file.mov";
-
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "listing_benchmark: %s failed\n", what);
-  std::exit(1);
-}
-
-template <class Work>
-double Milliseconds(Work work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-      .count();
-}
 
 void MakeFile(const std::filesystem::path& file) {
   const int descriptor = open(file.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
@@ -127,11 +115,6 @@ void Count(const std::filesystem::path& root) {
       count != kFolders * kFilesInEach / 2) {
     Fail("the count");
   }
-}
-
-double Median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
 }
 
 void Compare(const char* what, void (*ours)(const std::filesystem::path&),

@@ -4,12 +4,8 @@
 // Usage: movie_open_benchmark   Makes its movie in /tmp. The samples have sizes of their own, every
 // tenth another duration; a chunk holds ten. Prints medians.
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <random>
-#include <vector>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -22,33 +18,16 @@ extern "C" {
 #include "movie_model.h"
 #include "movie_toolbox.h"
 #include "test_files.h"
+#include "timing.h"
 
 namespace {
 
+using namespace quillmere::benchmarks;
 using namespace quillmere::test;
 
 constexpr int kSamples = 1'000'000;
 constexpr int kLooks = 1000;
 constexpr int kRuns = 15;
-
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "movie_open_benchmark: %s failed\n", what);
-  std::exit(1);
-}
-
-template <class Work>
-double MedianMilliseconds(Work work) {
-  std::vector<double> times;
-  for (int i = 0; i < kRuns; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    times.push_back(
-        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-            .count());
-  }
-  std::sort(times.begin(), times.end());
-  return times[times.size() / 2];
-}
 
 Model MakeLongModel() {
   std::mt19937 random(1);
@@ -97,7 +76,7 @@ int main() {
   MakeMovie(path);
   FSRef file{};
   if (quillmere::files::ReferenceOf(path, &file) != noErr) Fail("finding the movie");
-  const double ours = MedianMilliseconds([&] {
+  const double ours = MedianMilliseconds(kRuns, [&] {
     Movie movie = Open(file);
     // Tables are read when they are first asked.
     SInt32 number = 0;
@@ -105,7 +84,7 @@ int main() {
     if (number != 1) Fail("the first look");
     QT_DisposeMovie(&movie);
   });
-  const double peers = MedianMilliseconds([&] { OpenWithPeer(path); });
+  const double peers = MedianMilliseconds(kRuns, [&] { OpenWithPeer(path); });
   std::printf("open of %d samples and a first look: %.2f ms   libavformat %.2f ms   ratio %.3f\n",
               kSamples, ours, peers, ours / peers);
 
@@ -114,7 +93,7 @@ int main() {
   const TimeValue duration = GetMediaDuration(media);
   std::mt19937 random(2);
   SInt64 sum = 0;
-  const double looks = MedianMilliseconds([&] {
+  const double looks = MedianMilliseconds(kRuns, [&] {
     for (int i = 0; i < kLooks; ++i) {
       SInt32 number = 0;
       TimeValue begin = 0;

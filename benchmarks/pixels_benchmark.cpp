@@ -4,9 +4,7 @@
 // warm. Prints million pixels a second, the peer's, and the ratio of ours to it.
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <random>
@@ -24,31 +22,20 @@ extern "C" {
 #include "CO_Y420_Frames.h"
 #include "CO_filter.h"
 #include "ORW_NR_double.h"
+#include "timing.h"
 
 namespace {
+
+using namespace quillmere::benchmarks;
 
 constexpr SInt32 kWidth = 1920;
 constexpr SInt32 kHeight = 1080;
 constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
 constexpr int kPasses = 31;
 
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "pixels_benchmark: %s failed\n", what);
-  std::exit(1);
-}
-
 /// Million pixels a second.
 double Rate(const std::function<void()>& work, int passes = kPasses) {
-  std::vector<double> times;
-  for (int i = 0; i < passes; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    times.push_back(
-        std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
-            .count());
-  }
-  std::nth_element(times.begin(), times.begin() + passes / 2, times.end());
-  return static_cast<double>(kPixels) / times[static_cast<std::size_t>(passes / 2)];
+  return static_cast<double>(kPixels) / MedianSeconds(passes, work) / 1e6;
 }
 
 void Print(const char* what, double ours, const char* peer, double theirs) {

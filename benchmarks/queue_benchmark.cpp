@@ -4,7 +4,6 @@
 // Usage: queue_benchmark   Prints round trips a second of both, and the ratio of the times of pairs
 // of runs that follow each other (median).
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <condition_variable>
@@ -15,8 +14,11 @@
 #include <vector>
 
 #include "multiprocessing.h"
+#include "timing.h"
 
 namespace {
+
+using namespace quillmere::benchmarks;
 
 constexpr int kTrips = 20000;
 constexpr int kPairs = 15;
@@ -69,7 +71,7 @@ class TaskQueue {
 
 /// Seconds that a number of round trips take; `flight` messages are under way at a time.
 template <class Queue>
-double Seconds(int flight) {
+double TripTime(int flight) {
   Queue there;
   Queue back;
   std::thread echo([&] {
@@ -90,18 +92,13 @@ double Seconds(int flight) {
   return time.count();
 }
 
-double Median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
 void Measure(const char* name, int flight) {
   std::vector<double> ours;
   std::vector<double> bare;
   std::vector<double> ratios;
   for (int i = 0; i < kPairs; ++i) {
-    ours.push_back(Seconds<TaskQueue>(flight));
-    bare.push_back(Seconds<BareQueue>(flight));
+    ours.push_back(TripTime<TaskQueue>(flight));
+    bare.push_back(TripTime<BareQueue>(flight));
     ratios.push_back(ours.back() / bare.back());
   }
   std::printf("%-28s %9.0f trips/s   bare %9.0f trips/s   ratio of times %.2f\n", name,
