@@ -1,13 +1,11 @@
 // The flat form of a region and the dictionary that keeps it: bounds of four words, then any bits.
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
 #include "GL_CF.h"
 #include "GL_QuickDraw_Regions.h"
-#include "property_lists.h"
 #include "reference_counted.h"
 #include "regions.h"
 
@@ -17,14 +15,11 @@ extern "C" int LLVMFuzzerTestOneInput(const UInt8* bytes, std::size_t size) {
   std::memcpy(&bounds, bytes, sizeof bounds);
   // Bounds of any size are a region's; a walk over billions of pixels is no use here.
   bounds.right = std::min<SInt16>(bounds.right, static_cast<SInt16>(bounds.left / 2 + 512));
-  const quillmere::Owned<CFArrayRef> rect(CF_CreateRectArray(&bounds));
-  const quillmere::Owned<CFDataRef> bits(
-      CFDataCreate(nullptr, bytes + sizeof bounds, static_cast<CFIndex>(size - sizeof bounds)));
-  std::array<const void*, 2> keys = {CFSTR("Bounds"), CFSTR("Bits")};
-  std::array<const void*, 2> values = {rect.get(), bits.get()};
-  const quillmere::Owned<CFDictionaryRef> dictionary(
-      CFDictionaryCreate(nullptr, keys.data(), values.data(), 2, &kCFTypeDictionaryKeyCallBacks,
-                         &kCFTypeDictionaryValueCallBacks));
+  const quillmere::Owned<CFMutableDictionaryRef> dictionary(
+      CFDictionaryCreateMutable(kCFAllocatorDefault));
+  CF_AddRectToDict(dictionary.get(), CFSTR("Bounds"), &bounds);
+  CF_AddDataToDict(dictionary.get(), CFSTR("Bits"), bytes + sizeof bounds,
+                   static_cast<UInt32>(size - sizeof bounds));
   RgnHandle region = nullptr;
   CF_GetRgnFromDict(dictionary.get(), &region);
   if (region == nullptr) std::abort();
