@@ -1,8 +1,8 @@
 /// The style in which text is drawn and measured: font number, face and size.
 ///
-/// Each thread has one current style, that of its port. Widths are in whole pixels at 72 pixels an
-/// inch, rounded up from the font's own advances. Classic strings are read in UTF-8 where they are
-/// valid in it, else in MacRoman.
+/// The current style is that of the current port (graphics_ports.h). Widths are in whole pixels at
+/// 72 pixels an inch, rounded up from the font's own advances. Classic strings are read in UTF-8
+/// where they are valid in it, else in MacRoman.
 #pragma once
 
 #include "base_types.h"
@@ -43,10 +43,10 @@ SInt16 StringWidth(const UInt8* pascal_string);
 SInt16 TextWidth(const void* text, SInt16 first, SInt16 count);
 
 struct SavedDrawingState;
-/// A drawing state that was taken: the text style.
+/// A drawing state that was taken.
 using ThemeDrawingState = SavedDrawingState*;
-/// Takes the current drawing state, which the caller gives back with SetThemeDrawingState or gives
-/// up with DisposeThemeDrawingState.
+/// Takes the current port's colours, pen and text style, which the caller gives back with
+/// SetThemeDrawingState or gives up with DisposeThemeDrawingState.
 OSStatus GetThemeDrawingState(ThemeDrawingState* state);
 /// Makes a state current; with `dispose_now` it is given up as well. paramErr for null.
 OSStatus SetThemeDrawingState(ThemeDrawingState state, Boolean dispose_now);
