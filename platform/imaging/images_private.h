@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "image_decoder.h"
@@ -23,6 +24,19 @@ struct CGImage final : CFObject {
 struct CGContext final : CFObject {
   quillmere::imaging::PixelBlock block;
   UInt32 alpha_info = kCGImageAlphaPremultipliedFirst;
+
+  struct Fill {
+    CGFloat color[3];  ///< red, green, blue
+    CGFloat alpha;
+  };
+  Fill fill = {{0, 0, 0}, 1};
+  /// Where 0, 0 lies, in pixels to the right and up from the bottom left, and what a unit is there.
+  double origin_x = 0;
+  double origin_y = 0;
+  double scale_x = 1;
+  double scale_y = 1;
+  std::string font_name;
+  double font_size = 0;
 };
 
 struct CGImageSource final : CFObject {

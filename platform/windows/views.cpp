@@ -48,15 +48,7 @@ void ShowBar(const ViewRecord* control) {
   }
 }
 
-/// The context of the draw event in progress. Contexts are pixels only; the fill stands here.
-struct DrawContext {
-  CGContextRef context = nullptr;
-  QImage* pixels = nullptr;
-  double scale_x = 1;
-  double scale_y = 1;
-  QColor fill = Qt::transparent;
-};
-DrawContext drawing;  // one draw event at a time: drawing is not re-entered
+bool is_drawing = false;  ///< one draw event at a time: drawing is not re-entered
 
 }  // namespace
 
@@ -263,24 +255,10 @@ HIRect* HIShapeGetBounds(HIShapeRef shape, HIRect* bounds) {
 
 OSStatus HIThemeSetFill(SInt16 brush, const void* /*info*/, CGContextRef context,
                         UInt32 /*orientation*/) {
-  if (context == nullptr || context != drawing.context) return paramErr;
-  if (brush != kThemeBrushDialogBackgroundActive) return paramErr;
-  drawing.fill = QApplication::palette().color(QPalette::Active, QPalette::Window);
+  if (context == nullptr || brush != kThemeBrushDialogBackgroundActive) return paramErr;
+  const QColor color = QApplication::palette().color(QPalette::Active, QPalette::Window);
+  CGContextSetRGBFillColor(context, color.redF(), color.greenF(), color.blueF(), color.alphaF());
   return noErr;
-}
-
-void CGContextFillRect(CGContextRef context, CGRect rect) {
-  if (context == nullptr || context != drawing.context) return;
-  QImage& pixels = *drawing.pixels;
-  const QRectF area(rect.origin.x * drawing.scale_x, rect.origin.y * drawing.scale_y,
-                    rect.size.width * drawing.scale_x, rect.size.height * drawing.scale_y);
-  const QRect filled = area.toAlignedRect() & pixels.rect();
-  // Alpha stands first in memory, so the colour's word is in big-endian order.
-  const auto word = qToBigEndian<quint32>(qPremultiply(drawing.fill.rgba()));
-  for (int y = filled.top(); y <= filled.bottom(); ++y) {
-    auto* line = reinterpret_cast<quint32*>(pixels.scanLine(y)) + filled.left();
-    std::fill_n(line, filled.width(), word);
-  }
 }
 
 namespace quillmere::windows {
@@ -304,7 +282,7 @@ void ConnectControl(ViewRecord* control) {
 }
 
 QImage PaintedBackground(ViewRecord* control, QSize size) {
-  if (control->target.handlers.empty() || size.isEmpty() || drawing.context != nullptr) return {};
+  if (control->target.handlers.empty() || size.isEmpty() || is_drawing) return {};
   HIRect bounds{};
   if (HIViewGetBounds(control, &bounds) != noErr) return {};
   QImage pixels(size, QImage::Format_ARGB32_Premultiplied);
@@ -330,10 +308,13 @@ QImage PaintedBackground(ViewRecord* control, QSize size) {
                     static_cast<const void*>(&shape_reference));
   SetEventParameter(event, kEventParamCGContextRef, typeCGContextRef, kReferenceSize,
                     static_cast<const void*>(&context_reference));
-  drawing = {context_reference, &pixels, static_cast<double>(size.width()) / bounds.size.width,
-             static_cast<double>(size.height()) / bounds.size.height, Qt::transparent};
+  // The view's y axis points down.
+  CGContextTranslateCTM(context_reference, 0, static_cast<CGFloat>(size.height()));
+  CGContextScaleCTM(context_reference, static_cast<CGFloat>(size.width()) / bounds.size.width,
+                    -static_cast<CGFloat>(size.height()) / bounds.size.height);
+  is_drawing = true;
   SendEventToEventTarget(event, &control->target);
-  drawing = {};
+  is_drawing = false;
   ReleaseEvent(event);
   for (int y = 0; y < size.height(); ++y) {
     auto* line = reinterpret_cast<quint32*>(pixels.scanLine(y));

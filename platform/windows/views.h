@@ -8,6 +8,7 @@
 #include "base_types.h"
 #include "carbon_events.h"
 #include "cf_strings.h"
+#include "context_drawing.h"
 #include "graphics_types.h"
 #include "images.h"
 
@@ -82,8 +83,6 @@ HIRect* HIShapeGetBounds(HIShapeRef shape, HIRect* bounds);
 
 inline constexpr SInt16 kThemeBrushDialogBackgroundActive = 1;
 inline constexpr UInt32 kHIThemeOrientationNormal = 0;
-/// Sets the fill of a draw event's context to a brush of the desktop's look: 1, the dialog's
-/// background. paramErr for another brush or a context that no draw event gave. `info` is null.
+/// Sets a context's fill colour to a brush of the desktop's look: 1, the dialog's background.
+/// paramErr for another brush or null. `info` is null.
 OSStatus HIThemeSetFill(SInt16 brush, const void* info, CGContextRef context, UInt32 orientation);
-/// Fills a rectangle, in the view's coordinates, of a draw event's context. Nothing for others.
-void CGContextFillRect(CGContextRef context, CGRect rect);
