@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "base_types.h"
 #include "carbon_events.h"
@@ -30,6 +31,9 @@ std::filesystem::path LastPickerFolder();
 /// The window that commands go to: the active one, or else one that is shown; null if there is
 /// none.
 WindowRef FrontWindow();
+
+/// What a window shows, three bytes a pixel, red first, row by row; empty for one that has gone.
+std::vector<UInt8> SnapshotOf(WindowRef window);
 
 /// How often the system alert has been asked for, heard or not.
 UInt64 AlertCount();

@@ -3,6 +3,8 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QImage>
+#include <QPixmap>
 #include <QVariant>
 #include <algorithm>
 
@@ -19,12 +21,14 @@ std::vector<std::unique_ptr<WindowRecord>>& Windows() {
   return windows;
 }
 
-/// Turns the title bar's close button into the command `clos`.
-class CloseFilter : public QObject {
+/// Turns the title bar's close button into the command `clos`, and draws the port under what the
+/// window's widget draws itself.
+class WindowFilter : public QObject {
  public:
-  CloseFilter(WindowRef window, QObject* parent) : QObject(parent), window_(window) {}
+  WindowFilter(WindowRef window, QObject* parent) : QObject(parent), window_(window) {}
 
   bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Paint) PaintWindowPort(window_);
     if (event->type() != QEvent::Close) return QObject::eventFilter(watched, event);
     event->ignore();
     PostCommand(kHICommandClose, 0, window_);
@@ -81,6 +85,7 @@ void DisposeWindow(WindowRef window) {
   if (!IsValidWindowPtr(window)) return;
   QWidget* widget = window->widget;
   window->widget = nullptr;
+  DropWindowPort(window);
   window->root.widget = nullptr;
   for (const auto& control : window->controls)
     control->widget = nullptr;
@@ -127,7 +132,7 @@ WindowRef RegisterWindow(std::unique_ptr<QWidget> widget) {
     ConnectControl(control.get());
     window->controls.push_back(std::move(control));
   }
-  shown->installEventFilter(std::make_unique<CloseFilter>(window, shown).release());
+  shown->installEventFilter(std::make_unique<WindowFilter>(window, shown).release());
   ConnectMenu(window, shown);
   Windows().push_back(std::move(record));
   return window;
@@ -141,6 +146,17 @@ WindowRef FrontWindow() {
     shown = window.get();
   }
   return shown;
+}
+
+std::vector<UInt8> SnapshotOf(WindowRef window) {
+  constexpr int kBytes = 3;
+  std::vector<UInt8> pixels;
+  if (!IsValidWindowPtr(window)) return pixels;
+  const QImage image = window->widget->grab().toImage().convertToFormat(QImage::Format_RGB888);
+  for (int y = 0; y < image.height(); ++y)
+    pixels.insert(pixels.end(), image.constScanLine(y),
+                  image.constScanLine(y) + std::ptrdiff_t{image.width()} * kBytes);
+  return pixels;
 }
 
 void DisposeAllWindows() {

@@ -11,6 +11,8 @@
 #include "automation.h"
 #include "carbon_events.h"
 #include "cf_strings.h"
+#include "graphics_ports.h"
+#include "pictures.h"
 #include "views.h"
 
 /// A control, or the root view of a window. Records live as long as the process, so that a
@@ -26,12 +28,18 @@ struct ViewRecord {
   bool indeterminate = false;
 };
 
+struct DisposePort {
+  void operator()(CGrafPtr port) const { DisposeGWorld(port); }
+};
+
 struct WindowRecord {
   QPointer<QWidget> widget;
   void* reference_constant = nullptr;
   EventTarget target;
   ViewRecord root;
   std::vector<std::unique_ptr<ViewRecord>> controls;
+  std::unique_ptr<GraphicsPort, DisposePort> port;  ///< once it has been asked for
+  PicHandle picture = nullptr;
 };
 
 struct HIShape : CFObject {
@@ -51,6 +59,10 @@ bool RunsWithoutDisplay();
 /// Takes a built window into the register: finds its controls and connects what the user can do to
 /// them.
 WindowRef RegisterWindow(std::unique_ptr<QWidget> widget);
+/// Draws a window's port and picture; while the window paints itself.
+void PaintWindowPort(WindowRef window);
+/// Ends both.
+void DropWindowPort(WindowRef window);
 /// Closes every window.
 void DisposeAllWindows();
 

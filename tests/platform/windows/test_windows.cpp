@@ -9,11 +9,13 @@
 #include "carbon_events.h"
 #include "cf_bundle.h"
 #include "descriptors.h"
+#include "drawing.h"
 #include "file_references.h"
 #include "navigation_services.h"
 #include "nibs.h"
 #include "views.h"
 #include "window_manager.h"
+#include "window_ports.h"
 
 namespace {
 
@@ -266,6 +268,44 @@ TEST_F(WindowsTest, QueuedAnswersPassTheDialogsRules) {
     EXPECT_EQ("Pick one", quillmere::windows::LastPickerMessage());
   }
   fs::remove_all(folder);
+}
+
+TEST_F(WindowsTest, PortAndPictureAreDrawnUnderTheControls) {
+  CGrafPtr port = GetWindowPort(window);
+  ASSERT_NE(port, nullptr);
+  EXPECT_EQ(GetWindowPort(window), port);
+  Rect bounds{};
+  GetPortBounds(port, &bounds);
+  EXPECT_GT(bounds.right, 100);
+  GrafPtr saved = nullptr;
+  GetPort(&saved);
+  SetPortWindowPort(window);
+  Point point = {0, 0};
+  LocalToGlobal(&point);
+  const Point corner = point;
+  GlobalToLocal(&point);
+  EXPECT_EQ(point.h, 0);
+  EXPECT_GE(corner.h, 0);
+  const OpenCPicParams header = {bounds, kPicture72Dpi, kPicture72Dpi, kOpenCPicVersion, 0, 0};
+  const PicHandle picture = OpenCPicture(&header);
+  ForeColor(205);
+  PaintRect(&bounds);
+  ClosePicture();
+  SetPort(saved);
+  const auto red_pixels = [this] {
+    const auto image = quillmere::windows::SnapshotOf(window);
+    std::size_t count = 0;
+    for (std::size_t i = 0; i + 2 < image.size(); i += 3)
+      if (image[i] == 255 && image[i + 1] == 0 && image[i + 2] == 0) ++count;
+    return count;
+  };
+  EXPECT_EQ(red_pixels(), 0U);
+  SetWindowPic(window, picture);
+  EXPECT_EQ(GetWindowPic(window), picture);
+  EXPECT_GT(red_pixels(), 1000U);
+  DisposeWindow(window);  // with its picture
+  EXPECT_EQ(GetWindowPort(window), nullptr);
+  EXPECT_EQ(GetWindowPic(window), nullptr);
 }
 
 }  // namespace
