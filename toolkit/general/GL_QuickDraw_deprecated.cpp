@@ -1,5 +1,6 @@
 #include "GL_QuickDraw_deprecated.h"
 
+#include "drawing.h"
 #include "matrices.h"
 #include "rectangles.h"
 
@@ -37,4 +38,53 @@ Boolean QDD_TransformRect(const MatrixRecord* matrix, Rect* rect) {
 
 Boolean QDD_TransformFixedRect(const MatrixRecord* matrix, FixedRect* rect) {
   return TransformFixedRect(matrix, rect);
+}
+
+void QDD_ForeColor(SInt32 code) {
+  ForeColor(code);
+}
+
+void QDD_RGBForeColor(const RGBColor* color) {
+  RGBForeColor(color);
+}
+
+void QDD_PenNormal() {
+  PenNormal();
+}
+
+void QDD_PenSize(SInt16 width, SInt16 height) {
+  PenSize(width, height);
+}
+
+void QDD_MoveTo(SInt16 h, SInt16 v) {
+  MoveTo(h, v);
+}
+
+void QDD_FrameRect(const Rect* rect) {
+  FrameRect(rect);
+}
+
+void QDD_PaintRect(const Rect* rect) {
+  PaintRect(rect);
+}
+
+void QDD_ClipRect(const Rect* rect) {
+  ClipRect(rect);
+}
+
+OSErr QDD_NewGWorld(GWorldPtr* world, SInt16 depth, const Rect* bounds, CTabHandle colors,
+                    GDHandle device, GWorldFlags flags) {
+  return NewGWorld(world, depth, bounds, colors, device, flags);
+}
+
+PicHandle QDD_OpenCPicture(const OpenCPicParams* header) {
+  return OpenCPicture(header);
+}
+
+void QDD_DrawPicture(PicHandle picture, const Rect* destination) {
+  DrawPicture(picture, destination);
+}
+
+OSErr QDD_GetPictInfo(PicHandle picture, PictInfo* info) {
+  return GetPictInfo(picture, info);
 }

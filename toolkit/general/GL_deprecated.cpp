@@ -1,5 +1,6 @@
 #include "GL_deprecated.h"
 
+#include "fonts.h"
 #include "text_encodings.h"
 #include "text_style.h"
 
@@ -21,4 +22,20 @@ void GLD_TextSize(SInt16 size) {
 
 SInt16 GLD_StringWidth(const UInt8* pascal_string) {
   return StringWidth(pascal_string);
+}
+
+void GLD_GetFontInfo(FontInfo* info) {
+  GetFontInfo(info);
+}
+
+void GLD_DrawString(const UInt8* pascal_string) {
+  DrawString(pascal_string);
+}
+
+void GLD_GetFNum(const UInt8* name, SInt16* number) {
+  GetFNum(name, number);
+}
+
+void GLD_GetFontName(SInt16 number, UInt8* name) {
+  GetFontName(number, name);
 }
