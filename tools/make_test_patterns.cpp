@@ -15,7 +15,8 @@
 namespace {
 
 constexpr SInt32 kWidth = 720;
-constexpr SInt32 kHeight = 600;
+constexpr SInt32 kImageTop = 608;
+constexpr SInt32 kHeight = kImageTop + 576;
 constexpr SInt32 kColors[] = {kCO_White,   kCO_Yellow, kCO_Cyan, kCO_Green,
                               kCO_Magenta, kCO_Red,    kCO_Blue};
 constexpr QT_Nclc kSpace = {kQT_NclcType, 1, 1, 6};
@@ -74,6 +75,10 @@ class Sheet {
                                  kCO_VideoRange);
   }
 
+  SInt32 DrawTestImage() {
+    return DBG_CreateTestImage720x576_2vuy(frame_.data() + std::ptrdiff_t{kImageTop} * kWidth * 2);
+  }
+
   OSStatus Write(const char* path) const {
     std::vector<UInt8> rgb;
     rgb.reserve(std::size_t{kWidth} * kHeight * 3);
@@ -107,6 +112,7 @@ int main(int count, char** arguments) {
   if (status == noErr) status = sheet.DrawGreys();
   if (status == noErr) status = sheet.DrawCircles();
   if (status == noErr) status = sheet.DrawBars();
+  if (status == noErr) status = sheet.DrawTestImage();
   if (status == noErr) status = sheet.Write(arguments[1]);
   if (status != noErr) std::fprintf(stderr, "make-test-patterns: status %d\n", status);
   return status == noErr ? 0 : 1;

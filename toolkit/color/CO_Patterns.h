@@ -90,3 +90,15 @@ SInt32 DBG_DrawSMPTE_BarsARGB(SInt32 stride, UInt8* frame, const Rect* rect, con
 /// Prints on standard output what a ramp of `count` values and such bars should read as in a
 /// display of three curves; with `as1961` set by way of BT.709 taken as the power 1.961.
 SInt32 DBG_PrintColorBars(const GammaData* gamma, SInt32 count, Boolean as1961);
+
+// Text, and an image of all kinds.
+
+/// Writes text in black over a rectangle: a font's name, its size in pixels, and the point at which
+/// the text's base line begins, from the rectangle's bottom left up. Where text covers a pixel in
+/// part, its colour goes as far toward black. memFullErr also for a rectangle without pixels.
+SInt32 CO_DrawTextIn2vuyBox(UInt8* frame, SInt32 width, const Rect* rect, const char* fontName,
+                            float fontSize, const char* text, Point point);
+/// Fills a frame of 720 by 576 pixels in video range, from the top: ramps of seven colours,
+/// numbered boxes, the colours in 18 steps, the boxes again, two ramps of hues with a softened edge
+/// between them, and bars of the colours at three quarters.
+SInt32 DBG_CreateTestImage720x576_2vuy(UInt8* frame);

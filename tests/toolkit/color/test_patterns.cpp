@@ -208,4 +208,46 @@ TEST(Patterns, EdgesAreSoftenedWhereTheyAreAlone) {
   EXPECT_EQ(CO_BlurVerticalEdge(busy.data(), kWidth, {30, 40}, {30, 40}, 5, 8), paramErr);
 }
 
+TEST(Patterns, TheTestImageIsMadeOfItsParts) {
+  constexpr std::size_t kRow = 720 * 2;
+  Guarded<UInt8> frame(576 * kRow);
+  ASSERT_EQ(DBG_CreateTestImage720x576_2vuy(frame.data()), noErr);
+  const auto luma = [&](std::size_t row, std::size_t column) {
+    return static_cast<int>(frame[row * kRow + column * 2 + 1]);
+  };
+  // White's ramp, from black to nearly 235, and blue's.
+  EXPECT_EQ(luma(0, 0), 16);
+  EXPECT_NEAR(luma(15, 719), 235, 1);
+  EXPECT_NEAR(luma(111, 719), 41, 1);
+  for (const std::size_t top : {112U, 256U}) {
+    for (std::size_t box = 0; box < 18; ++box) {
+      int darkest = 255;
+      std::size_t left = 40, right = 0;
+      for (std::size_t row = top; row < top + 32; ++row) {
+        for (std::size_t column = 0; column < 40; ++column) {
+          const int value = luma(row, box * 40 + column);
+          darkest = std::min(darkest, value);
+          if (value > 100) continue;
+          left = std::min(left, column);
+          right = std::max(right, column);
+        }
+      }
+      EXPECT_LT(darkest, 30) << box;  // a number
+      EXPECT_GE(left, 11U) << box;
+      EXPECT_LT(right, 30U) << box;
+      EXPECT_NEAR(luma(top, box * 40), 125.5, 0.5) << box;
+    }
+  }
+  // Steps of yellow, k / 17 of the way from black.
+  for (std::size_t k = 0; k < 18; ++k)
+    EXPECT_NEAR(luma(165, k * 40 + 5), 16 + 194 * static_cast<double>(k) / 17, 1.01) << k;
+  // Strong hues at the left, weak ones at the right, and no step between them.
+  const auto chroma = [&](std::size_t row, std::size_t column) {
+    return std::abs(frame[row * kRow + column * 2] - 128);
+  };
+  EXPECT_GT(chroma(290, 0) + chroma(290, 1), 100);
+  EXPECT_LT(chroma(290, 500) + chroma(290, 501), 100);
+  EXPECT_NEAR(luma(560, 719), 16 + 25 * 0.75, 1.5);  // the last bar reaches the edge
+}
+
 }  // namespace
