@@ -5,9 +5,14 @@
 #include <cstring>
 
 #include "CO_Packed_Formats.h"
+#include "v210_private.h"
 #include "vector_clones.h"
 
 namespace {
+
+using quillmere::color::V210Pairs;
+using quillmere::color::V210Path;
+using quillmere::color::V210Wide;
 
 constexpr SInt32 kPixels = 6;
 constexpr std::ptrdiff_t kBlock = 16;  // bytes
@@ -136,16 +141,28 @@ std::ptrdiff_t SamplesFrom(SInt32 x, SInt32 width) {
   return std::min(std::ptrdiff_t{width - x} * 2, kSamples);
 }
 
+/// The fastest path that the processor has.
+const V210Path& BestPath() {
+  static const V210Path best = V210Wide().is_available ? V210Wide() : V210Pairs();
+  return best;
+}
+
 }  // namespace
+
+V210Path quillmere::color::V210Pairs() {
+  return {2, true, UnpackPairs, PackPairs};
+}
 
 SInt64 CO_GetRowBytes_v210(SInt32 width) {
   return width < 1 ? 0 : (SInt64{width} + kRowPixels - 1) / kRowPixels * kRowBytes;
 }
 
 void CO_UnpackLine_v210(SInt32 width, const UInt8* line, UInt16* words) {
-  const std::ptrdiff_t pairs = std::max(width, 0) / (2 * kPixels);
-  UnpackPairs(pairs, line, words);
-  for (SInt32 x = static_cast<SInt32>(pairs) * 2 * kPixels; x < width; x += kPixels) {
+  const V210Path& path = BestPath();
+  const std::ptrdiff_t count = std::max(width, 0) / (path.blocks_at_once * kPixels);
+  path.unpack(count, line, words);
+  const auto done = static_cast<SInt32>(count * path.blocks_at_once * kPixels);
+  for (SInt32 x = done; x < width; x += kPixels) {
     UInt16 block[kSamples];
     CO_Unpack_v210(line + x / kPixels * kBlock, block);
     std::copy_n(block, SamplesFrom(x, width), words + std::ptrdiff_t{x} * 2);
@@ -153,10 +170,12 @@ void CO_UnpackLine_v210(SInt32 width, const UInt8* line, UInt16* words) {
 }
 
 void CO_PackLine_v210(SInt32 width, const UInt16* words, UInt8* line) {
-  const std::ptrdiff_t pairs = std::max(width, 0) / (2 * kPixels);
-  PackPairs(pairs, words, line);
-  UInt8* end = line + 2 * pairs * kBlock;
-  for (SInt32 x = static_cast<SInt32>(pairs) * 2 * kPixels; x < width; x += kPixels) {
+  const V210Path& path = BestPath();
+  const std::ptrdiff_t count = std::max(width, 0) / (path.blocks_at_once * kPixels);
+  path.pack(count, words, line);
+  const std::ptrdiff_t blocks = count * path.blocks_at_once;
+  UInt8* end = line + blocks * kBlock;
+  for (auto x = static_cast<SInt32>(blocks * kPixels); x < width; x += kPixels) {
     const std::ptrdiff_t samples = SamplesFrom(x, width);
     UInt16 block[kSamples] = {};
     std::copy_n(words + std::ptrdiff_t{x} * 2, samples, block);

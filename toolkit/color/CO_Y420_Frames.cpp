@@ -6,8 +6,14 @@
 
 #include "CO_filter.h"
 #include "vector_clones.h"
+#include "y420_private.h"
 
 namespace {
+
+using quillmere::color::CanSplitWide;
+using quillmere::color::kWidePixels;
+using quillmere::color::SplitLinePair;
+using quillmere::color::SplitLinePairWide;
 
 constexpr SInt32 kLumaPadding = 32;
 constexpr SInt32 kChromaPadding = 16;
@@ -163,12 +169,21 @@ void HalveChroma(SInt32 line_count, SInt32 pairs, Plane<const UInt8> source, Pla
 
 }  // namespace
 
-void CO_2vuyLinePairToY420(SInt32 width, const UInt8* lineA, const UInt8* lineB, UInt8* yA,
-                           UInt8* yB, UInt8* cb, UInt8* cr) {
+void quillmere::color::SplitLinePair(SInt32 width, const UInt8* lineA, const UInt8* lineB,
+                                     UInt8* yA, UInt8* yB, UInt8* cb, UInt8* cr) {
   CopyLuma(width, lineA, yA);
   if (yB != yA) CopyLuma(width, lineB, yB);
+  MakePairs(width / 2, lineA, lineB, cb, cr);
+}
+
+void CO_2vuyLinePairToY420(SInt32 width, const UInt8* lineA, const UInt8* lineB, UInt8* yA,
+                           UInt8* yB, UInt8* cb, UInt8* cr) {
+  const std::ptrdiff_t wide = CanSplitWide() ? std::max(width, 0) / kWidePixels : 0;
+  SplitLinePairWide(wide, lineA, lineB, yA, yB, cb, cr);
+  const std::ptrdiff_t done = wide * kWidePixels;
+  SplitLinePair(static_cast<SInt32>(width - done), lineA + 2 * done, lineB + 2 * done, yA + done,
+                yB + done, cb + done / 2, cr + done / 2);
   const SInt32 pairs = width / 2;
-  MakePairs(pairs, lineA, lineB, cb, cr);
   if (width < 1 || width % 2 == 0) return;
   cb[pairs] = pairs > 0 ? cb[pairs - 1] : static_cast<UInt8>((lineA[0] + lineB[0]) >> 1);
   cr[pairs] = pairs > 0 ? cr[pairs - 1] : 128;

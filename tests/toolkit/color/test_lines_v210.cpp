@@ -8,6 +8,7 @@
 #include "CO_Packed_Formats.h"
 #include "guarded.h"
 #include "test_files.h"
+#include "v210_private.h"
 
 namespace {
 
@@ -45,6 +46,27 @@ TEST(LinesOf_v210, AreThoseOfTheirBlocks) {
       ASSERT_TRUE(std::equal(block, block + 16, packed.data() + i * 16)) << width;
     }
     ASSERT_EQ(packed.size() % 128, 0U);
+  }
+}
+
+TEST(LinesOf_v210, EachPathEqualsTheBlocks) {
+  for (const auto& path : {quillmere::color::V210Pairs(), quillmere::color::V210Wide()}) {
+    if (!path.is_available) continue;
+    constexpr std::ptrdiff_t kCount = 40;
+    const auto blocks = static_cast<std::size_t>(kCount * path.blocks_at_once);
+    const Guarded<UInt8> line(blocks * 16, 8);
+    Guarded<UInt16> words(blocks * 12), any(blocks * 12, 9);
+    path.unpack(kCount, line.data(), words.data());
+    Guarded<UInt8> packed(blocks * 16);
+    path.pack(kCount, any.data(), packed.data());
+    for (std::size_t i = 0; i < blocks; ++i) {
+      UInt16 expected[12];
+      CO_Unpack_v210(line.data() + i * 16, expected);
+      ASSERT_TRUE(std::equal(expected, expected + 12, words.data() + i * 12)) << i;
+      UInt8 block[16];
+      CO_Pack_v210(block, any.data() + i * 12);
+      ASSERT_TRUE(std::equal(block, block + 16, packed.data() + i * 16)) << i;
+    }
   }
 }
 
