@@ -10,8 +10,15 @@
 #include "CO_Gamma.h"
 #include "CO_Sanitize.h"
 #include "ORW_blas.h"
+#include "edit_lines_private.h"
 
 namespace {
+
+using quillmere::color::CanEditBlocks;
+using quillmere::color::EditBlocks;
+using quillmere::color::kBlockPixels;
+using quillmere::color::VectorCurve;
+using quillmere::color::VectorCurveOf;
 
 constexpr float kLeastPower = 0.01F;
 
@@ -38,10 +45,10 @@ void Apply(const float* matrix, float* triple) {
   CB_MatrixTrVectorF(3, 3, matrix, in, triple);
 }
 
-/// Has `change(triple)` change each pixel.
+/// Has `change(triple)` change each pixel from `first` to in front of `end`.
 template <class Change>
-void ForEachPixel(SInt32 count, EditData* edit, Change change) {
-  for (SInt32 i = 0; i < count; ++i) {
+void ForEachPixel(SInt32 first, SInt32 end, EditData* edit, Change change) {
+  for (SInt32 i = first; i < end; ++i) {
     float triple[] = {edit->lineY[i], edit->lineCb[i], edit->lineCr[i]};
     change(triple);
     edit->lineY[i] = triple[0];
@@ -219,7 +226,7 @@ void CO_YUVF_LinesEditGammaNclc(SInt32 count, EditData* edit) {
   const bool destination_power = to == kCO_TransferUnspecified && IsPower(edit->destGamma);
   float luma[3];
   CO_IndexToMatrixF(edit->sourceNclc.matrix, luma);
-  ForEachPixel(count, edit, [&](float* triple) {
+  const auto change = [&](float* triple) {
     CO_SanitizeNormYCbCrF32(triple, luma);
     Apply(edit->yuvToRgb, triple);
     if (source_power) CO_SimpleGammaF32(triple, edit->sourceGamma);
@@ -230,7 +237,16 @@ void CO_YUVF_LinesEditGammaNclc(SInt32 count, EditData* edit) {
     }
     if (destination_power) CO_SimpleGammaF32(triple, 1 / edit->destGamma);
     Apply(edit->rgbToYuv, triple);
-  });
+  };
+  const VectorCurve* const decoding = do_nclc ? VectorCurveOf(from) : nullptr;
+  const VectorCurve* const encoding = do_nclc ? VectorCurveOf(to) : nullptr;
+  SInt32 done = 0;
+  if (decoding != nullptr && encoding != nullptr && CanEditBlocks(*decoding, *edit)) {
+    const SInt32 blocks = std::max(count, 0) / kBlockPixels;
+    EditBlocks(blocks, *decoding, *encoding, luma, edit);
+    done = blocks * kBlockPixels;
+  }
+  ForEachPixel(done, count, edit, change);
 }
 
 void CO_RGBF_LinesEditGammaNclc(SInt32 count, EditData* edit) {
@@ -239,7 +255,7 @@ void CO_RGBF_LinesEditGammaNclc(SInt32 count, EditData* edit) {
   const bool sanitise = QT_StandardNclcMatrix(edit->sourceNclc.matrix) != 0;
   float luma[3];
   CO_IndexToMatrixF(edit->sourceNclc.matrix, luma);
-  ForEachPixel(count, edit, [&](float* rgb) {
+  ForEachPixel(0, count, edit, [&](float* rgb) {
     if (sanitise) CO_SanitizeNormRGB_F32(rgb, luma);
     steps.ToLinear(*edit, rgb);
     if (steps.primaries) Apply(edit->rgbToRgb, rgb);

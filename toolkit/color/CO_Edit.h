@@ -42,6 +42,7 @@ Boolean CO_DoGamma(const EditData* edit);
 
 /// Y'CbCr in lineY, lineCb and lineCr. Nothing changes where neither CO_DoNclc is true nor both
 /// transfer functions are unspecified and the powers differ; else each pixel is sanitised first.
+/// The result is exact to 4e-6; of chroma that is no number it is any.
 void CO_YUVF_LinesEditGammaNclc(SInt32 count, EditData* edit);
 /// R'G'B' in the same lines. A pixel is sanitised where the source's matrix is standard, and stays
 /// as it was where neither primaries nor gamma change.

@@ -5,12 +5,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
 #include <vector>
 
 #include "CO_Color_Conversions.h"
 #include "CO_Float_Lines.h"
 #include "CO_Gamma.h"
 #include "CO_Ranges.h"
+#include "CO_Sanitize.h"
 #include "ORW_blas.h"
 #include "bt709_curve.h"
 #include "gamma_functions.h"
@@ -113,6 +115,45 @@ TEST(Editing, AgreesWithDoublePrecisionOnALatticeOfAllTriples) {
     }
   }
   EXPECT_LE(different, codes / 1000) << "of " << codes;
+}
+
+TEST(Editing, LinesEqualTheStepsOfEachPixel) {
+  std::mt19937 random(6);
+  std::uniform_real_distribution<float> luma(-0.2F, 1.3F), chroma(-0.7F, 0.7F);
+  for (const int from_index : {1, 3, 7, 9}) {
+    for (const int to_index : {1, 3, 7, 5}) {
+      const auto from = static_cast<UInt16>(from_index);
+      const auto to = static_cast<UInt16>(to_index);
+      constexpr SInt32 kWidth = 611;
+      const QT_Nclc source = {kQT_NclcType, 1, from, 1};
+      Edit edit(source, {kQT_NclcType, 5, to, 6}, kWidth);
+      edit.data.sourceGamma = edit.data.destGamma = 2.2F;
+      std::vector<float> pixels;
+      for (SInt32 i = 0; i < kWidth; ++i)
+        pixels.insert(pixels.end(), {luma(random), chroma(random), chroma(random)});
+      for (std::size_t i = 0; i < kWidth; ++i) {
+        edit.data.lineY[i] = pixels[3 * i];
+        edit.data.lineCb[i] = pixels[3 * i + 1];
+        edit.data.lineCr[i] = pixels[3 * i + 2];
+      }
+      CO_YUVF_LinesEditGammaNclc(kWidth, &edit.data);
+      float k[3];
+      CO_IndexToMatrixF(1, k);
+      for (std::size_t i = 0; i < kWidth; ++i) {
+        float* const pixel = &pixels[3 * i];
+        float rgb[3], light[3];
+        CO_SanitizeNormYCbCrF32(pixel, k);
+        CB_MatrixTrVectorF(3, 3, edit.data.yuvToRgb, pixel, rgb);
+        CO_ConvertGammaNormRGB_F32_indexed(rgb, from, rgb, kCO_TransferLinear);
+        CB_MatrixTrVectorF(3, 3, edit.data.rgbToRgb, rgb, light);
+        CO_ConvertGammaNormRGB_F32_indexed(light, kCO_TransferLinear, light, to);
+        CB_MatrixTrVectorF(3, 3, edit.data.rgbToYuv, light, pixel);
+        ASSERT_NEAR(edit.data.lineY[i], pixel[0], 4e-6F) << from << ' ' << to << ' ' << i;
+        ASSERT_NEAR(edit.data.lineCb[i], pixel[1], 4e-6F) << from << ' ' << to << ' ' << i;
+        ASSERT_NEAR(edit.data.lineCr[i], pixel[2], 4e-6F) << from << ' ' << to << ' ' << i;
+      }
+    }
+  }
 }
 
 TEST(Editing, EqualRecordsChangeNothing) {
