@@ -10,7 +10,9 @@
 #include "images.h"
 #include "jpeg_writer.h"
 
-struct CGColorSpace final : CFObject {};
+struct CGColorSpace final : CFObject {
+  quillmere::Owned<CFDataRef> profile;  ///< null in the named spaces
+};
 
 /// Pixels of four bytes; `decoded` holds them when they are the image's own.
 struct CGImage final : CFObject {
