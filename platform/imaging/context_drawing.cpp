@@ -110,8 +110,8 @@ void FillThroughMask(CGContextRef context, SInt32 left, SInt32 top, SInt32 width
                      const UInt8* coverage) {
   if (context == nullptr) return;
   const PixelBlender blender(*context);
-  ForEachPixel(*context, left, top, SInt64{left} + width, SInt64{top} + height,
-               [&](SInt64 x, SInt64 y) {
+  ForEachPixel(*context, left, top, static_cast<double>(left) + width,
+               static_cast<double>(top) + height, [&](SInt64 x, SInt64 y) {
                  blender.Blend(coverage[(y - top) * width + x - left], PixelOf(*context, x, y));
                });
 }
