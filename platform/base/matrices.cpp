@@ -1,7 +1,10 @@
 #include "matrices.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstring>
+#include <utility>
 
 #include "fixed_point.h"
 
@@ -13,6 +16,40 @@ constexpr Fixed kOne = 0x10000;
 double Element(const MatrixRecord& matrix, int row, int column) {
   const auto value = static_cast<double>(matrix.matrix[row][column]);
   return std::ldexp(value, column == 2 ? -kFractionBits : -16);
+}
+
+void SetElement(int row, int column, double value, MatrixRecord* matrix) {
+  constexpr double kLimit = 2147483647;
+  const double scaled = std::ldexp(value, column == 2 ? kFractionBits : 16);
+  matrix->matrix[row][column] =
+      static_cast<Fixed>(std::clamp(std::round(scaled), -kLimit - 1, kLimit));
+}
+
+constexpr std::size_t kUnknowns = 8;
+/// Linear equations, the right side last.
+using Equations = std::array<std::array<double, kUnknowns + 1>, kUnknowns>;
+
+/// Solves them by elimination with pivots of a column; the solution is in the last column. False if
+/// there isn't one.
+bool Solve(Equations* equations) {
+  constexpr double kNothing = 1e-9;
+  auto& rows = *equations;
+  for (std::size_t column = 0; column < kUnknowns; ++column) {
+    std::size_t pivot = column;
+    for (std::size_t row = column + 1; row < kUnknowns; ++row)
+      if (std::abs(rows[row][column]) > std::abs(rows[pivot][column])) pivot = row;
+    if (!(std::abs(rows[pivot][column]) > kNothing)) return false;
+    std::swap(rows[column], rows[pivot]);
+    for (std::size_t row = 0; row < kUnknowns; ++row) {
+      if (row == column) continue;
+      const double factor = rows[row][column] / rows[column][column];
+      for (std::size_t k = column; k <= kUnknowns; ++k)
+        rows[row][k] -= factor * rows[column][k];
+    }
+  }
+  for (std::size_t row = 0; row < kUnknowns; ++row)
+    rows[row][kUnknowns] /= rows[row][row];
+  return true;
 }
 
 struct Place {
@@ -70,6 +107,62 @@ void ScaleMatrix(MatrixRecord* matrix, Fixed scale_x, Fixed scale_y, Fixed about
           X2Fix(Element(*matrix, row, column) * scales[column] +
                 Element(*matrix, row, 2) * anchors[column] * (1 - scales[column]));
   }
+}
+
+Boolean EqualMatrix(const MatrixRecord* a, const MatrixRecord* b) {
+  return std::memcmp(a, b, sizeof *a) == 0;
+}
+
+void ConcatMatrix(const MatrixRecord* a, MatrixRecord* b) {
+  MatrixRecord product{};
+  for (int row = 0; row < 3; ++row) {
+    for (int column = 0; column < 3; ++column) {
+      double sum = 0;
+      for (int k = 0; k < 3; ++k)
+        sum += Element(*b, row, k) * Element(*a, k, column);
+      SetElement(row, column, sum, &product);
+    }
+  }
+  *b = product;
+}
+
+void RectMatrix(MatrixRecord* matrix, const Rect* from, const Rect* to) {
+  const auto corners = [](const Rect& r, FixedPoint* out) {
+    const Fixed left = Long2Fix(r.left);
+    const Fixed right = Long2Fix(r.right);
+    const Fixed top = Long2Fix(r.top);
+    const Fixed bottom = Long2Fix(r.bottom);
+    const FixedPoint points[] = {{left, top}, {right, top}, {right, bottom}, {left, bottom}};
+    std::copy_n(points, 4, out);
+  };
+  FixedPoint first[4];
+  FixedPoint second[4];
+  corners(*from, first);
+  corners(*to, second);
+  QuadToQuadMatrix(first, second, matrix);
+}
+
+OSErr QuadToQuadMatrix(const FixedPoint* from, const FixedPoint* to, MatrixRecord* matrix) {
+  // x' (g x + h y + 1) = a x + c y + e and the like for y', for each of the corners.
+  Equations equations;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const double x = Fix2X(from[i].x);
+    const double y = Fix2X(from[i].y);
+    const double out_x = Fix2X(to[i].x);
+    const double out_y = Fix2X(to[i].y);
+    equations[2 * i] = {x, y, 1, 0, 0, 0, -x * out_x, -y * out_x, out_x};
+    equations[2 * i + 1] = {0, 0, 0, x, y, 1, -x * out_y, -y * out_y, out_y};
+  }
+  SetIdentityMatrix(matrix);
+  if (!Solve(&equations)) return paramErr;
+  const auto unknown = [&equations](std::size_t i) { return equations[i][kUnknowns]; };
+  for (std::size_t i = 0; i < 3; ++i) {
+    SetElement(static_cast<int>(i), 0, unknown(i), matrix);
+    SetElement(static_cast<int>(i), 1, unknown(3 + i), matrix);
+  }
+  SetElement(0, 2, unknown(6), matrix);
+  SetElement(1, 2, unknown(7), matrix);
+  return noErr;
 }
 
 Boolean TransformFixedRect(const MatrixRecord* matrix, FixedRect* rect) {

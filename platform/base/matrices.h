@@ -4,6 +4,15 @@
 #include "base_types.h"
 
 void SetIdentityMatrix(MatrixRecord* matrix);
+Boolean EqualMatrix(const MatrixRecord* a, const MatrixRecord* b);
+/// Makes `b` the product b a, so that points go through b first. Elements are rounded to the
+/// nearest number and held to their range.
+void ConcatMatrix(const MatrixRecord* a, MatrixRecord* b);
+/// The matrix that takes one rectangle to another; the identity if the first has no area.
+void RectMatrix(MatrixRecord* matrix, const Rect* from, const Rect* to);
+/// The matrix, with a perspective if need be, that takes four corners to four others. paramErr, and
+/// the identity, if three of the first four lie in a line.
+OSErr QuadToQuadMatrix(const FixedPoint* from, const FixedPoint* to, MatrixRecord* matrix);
 /// Lets a matrix also scale, by 16.16 factors, about a point.
 void ScaleMatrix(MatrixRecord* matrix, Fixed scale_x, Fixed scale_y, Fixed about_x, Fixed about_y);
 /// The bounds of a rectangle's transformed corners, in its place, each edge rounded to the nearest

@@ -7,7 +7,9 @@
 #include "GL_QuickDraw.h"
 #include "GL_QuickDraw_Fixed.h"
 #include "QT_Ide_Descriptions.h"
+#include "QT_Matrices.h"
 #include "fixed_point.h"
+#include "matrices.h"
 #include "rectangles.h"
 
 namespace {
@@ -207,6 +209,22 @@ void QT_GeneratePasp(const FixedPoint* encoded, const FixedPoint* production, QT
   const LongRatio vertical = RatioOf(encoded->y, production->y);
   GL_LongRatioMul2(&ratio, &vertical, &ratio);
   StorePasp(ratio, pasp);
+}
+
+void QT_GeneratePaspAndClapFromApertureDims(const FixedPoint* production, const FixedPoint* clean,
+                                            const FixedPoint* encoded, QT_Clap* clap,
+                                            QT_Pasp* pasp) {
+  QT_GeneratePasp(encoded, production, pasp);
+  const FixedRect production_rect = {0, 0, production->x, production->y};
+  const FixedRect encoded_rect = {0, 0, encoded->x, encoded->y};
+  MatrixRecord matrix;
+  QT_FixedRectMatrix(&matrix, &production_rect, &encoded_rect);
+  FixedRect clip = {0, 0, clean->x, clean->y};
+  TransformFixedRect(&matrix, &clip);
+  const Fixed width = clip.right - clip.left;
+  const Fixed height = clip.bottom - clip.top;
+  GL_MoveFixedRectTopLeft(&clip, (encoded->x - width) / 2, (encoded->y - height) / 2);
+  QT_FixedClipToClap(&encoded_rect, &clip, clap);
 }
 
 void QT_SnapClap(const Rect* rect, const QT_Pasp* pasp, QT_Clap* clap) {

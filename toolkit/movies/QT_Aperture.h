@@ -43,6 +43,12 @@ void QT_TransformPasp(const QT_Pasp* pasp, const Rect* from, const Rect* to, QT_
 /// The pixel aspect that makes the production dimensions of the encoded ones.
 void QT_GeneratePasp(const FixedPoint* encoded, const FixedPoint* production, QT_Pasp* pasp);
 
+/// Both records of the dimensions of the production, the clean and the encoded picture, the clean
+/// one in the middle.
+void QT_GeneratePaspAndClapFromApertureDims(const FixedPoint* production, const FixedPoint* clean,
+                                            const FixedPoint* encoded, QT_Clap* clap,
+                                            QT_Pasp* pasp);
+
 /// Gives the clean apertures of two formats, PAL at 59:54 and 1280 by 1080 at 3:2, that are as near
 /// as arithmetic in 16.16 comes, their exact values.
 void QT_SnapClap(const Rect* rect, const QT_Pasp* pasp, QT_Clap* clap);

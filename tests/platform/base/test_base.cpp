@@ -5,6 +5,7 @@
 
 #include "base_types.h"
 #include "fixed_point.h"
+#include "matrices.h"
 #include "memory_handles.h"
 #include "reference_counted.h"
 
@@ -173,6 +174,41 @@ TEST(ReferenceCounting, TheLastReleaseDestroys) {
   }
   EXPECT_EQ(gone, 1);
   CFRelease(nullptr);
+}
+
+TEST(Matrices, QuadsRectanglesAndProducts) {
+  const FixedPoint from[] = {
+      {0, 0}, {Long2Fix(720), 0}, {Long2Fix(720), Long2Fix(576)}, {0, Long2Fix(576)}};
+  // A perspective, whose corners come out where they are to.
+  const FixedPoint to[] = {{Long2Fix(10), Long2Fix(20)},
+                           {Long2Fix(700), Long2Fix(-5)},
+                           {Long2Fix(650), Long2Fix(500)},
+                           {Long2Fix(40), Long2Fix(560)}};
+  MatrixRecord matrix;
+  ASSERT_EQ(QuadToQuadMatrix(from, to, &matrix), noErr);
+  for (int i = 0; i < 4; ++i) {
+    FixedRect corner = {from[i].x, from[i].y, from[i].x, from[i].y};
+    TransformFixedRect(&matrix, &corner);
+    EXPECT_NEAR(Fix2X(corner.left), Fix2X(to[i].x), 0.02);
+    EXPECT_NEAR(Fix2X(corner.top), Fix2X(to[i].y), 0.02);
+  }
+  const FixedPoint line[] = {{0, 0}, {0, 0}, {1, 1}, {2, 2}};
+  EXPECT_EQ(QuadToQuadMatrix(line, to, &matrix), paramErr);
+  MatrixRecord identity;
+  SetIdentityMatrix(&identity);
+  EXPECT_TRUE(EqualMatrix(&matrix, &identity));
+
+  const Rect small = {0, 0, 10, 20}, moved = {30, 100, 50, 160}, last = {0, 0, 7, 5};
+  MatrixRecord first, second, direct;
+  RectMatrix(&first, &small, &moved);
+  EXPECT_EQ(first.matrix[0][0], Long2Fix(3));
+  EXPECT_EQ(first.matrix[2][1], Long2Fix(30));
+  EXPECT_EQ(first.matrix[0][2], 0);
+  RectMatrix(&second, &moved, &last);
+  RectMatrix(&direct, &small, &last);
+  ConcatMatrix(&second, &first);  // through the first, then through the second
+  for (int i = 0; i < 9; ++i)
+    EXPECT_NEAR(first.matrix[i / 3][i % 3], direct.matrix[i / 3][i % 3], 120) << i;
 }
 
 }  // namespace

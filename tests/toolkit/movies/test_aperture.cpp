@@ -7,6 +7,7 @@
 #include <random>
 
 #include "QT_Ide_Descriptions.h"
+#include "QT_Matrices.h"
 #include "fixed_point.h"
 #include "rectangles.h"
 
@@ -87,6 +88,46 @@ TEST(Apertures, OfStandardFormats) {
   QT_Pasp pasp;
   QT_GeneratePasp(&encoded, &square, &pasp);
   EXPECT_TRUE(pasp.hSpacing == 16 && pasp.vSpacing == 15);
+}
+
+TEST(Apertures, RecordsOfDimensionsGiveThemBack) {
+  for (const Format& format : kFormats) {
+    const FixedPoint production = {X2Fix(format.production_width), Long2Fix(format.height)};
+    const FixedPoint clean = {X2Fix(format.clean_width), X2Fix(format.clean_height)};
+    const FixedPoint encoded = {Long2Fix(format.width), Long2Fix(format.height)};
+    QT_Clap clap;
+    QT_Pasp pasp;
+    QT_GeneratePaspAndClapFromApertureDims(&production, &clean, &encoded, &clap, &pasp);
+    EXPECT_TRUE(QT_EqualClap2(&clap, &format.clap)) << format.name;
+    FixedRect back;
+    QT_GetScaledClip(encoded.x, encoded.y, &pasp, &clap, nullptr, &back, 1);
+    EXPECT_NEAR(Fix2X(back.right - back.left), format.clean_width, 0.05) << format.name;
+  }
+}
+
+TEST(MatrixTools, MultiplyTellAndGiveTheirAspect) {
+  MatrixRecord scale, move;
+  QT_RectMatrix(100, 50, 200, 150, &scale);
+  const FixedRect unit = {0, 0, Long2Fix(1), Long2Fix(1)};
+  const FixedRect moved = {Long2Fix(5), Long2Fix(6), Long2Fix(6), Long2Fix(7)};
+  QT_FixedRectMatrix(&move, &unit, &moved);
+  MatrixRecord left = move, right = move;
+  QT_MatrixLeftMultiply(&scale, &left);    // scaled, then moved
+  QT_MatrixRightMultiply(&right, &scale);  // moved, then scaled
+  EXPECT_EQ(left.matrix[2][0], Long2Fix(5));
+  EXPECT_EQ(right.matrix[2][0], Long2Fix(10));
+  EXPECT_EQ(right.matrix[2][1], Long2Fix(18));
+  QT_Pasp pasp;
+  QT_GetMatrixPasp(&scale, &pasp);
+  EXPECT_TRUE(pasp.hSpacing == 2 && pasp.vSpacing == 3);
+  EXPECT_FALSE(QT_IsIdentityMatrix(&scale));
+  char text[256];
+  QT_SPrintMatrixWithName(text, &left, "m");
+  EXPECT_STREQ(text,
+               "m: row 1 2.0000,0.0000,0.0000, row 2 0.0000,3.0000,0.0000, row 3 "
+               "5.0000,6.0000,16384.0000");
+  QT_MatrixTypeGetDescrStr(7, text);
+  EXPECT_STREQ(text, "Unknown matrix type");
 }
 
 TEST(Apertures, ClipsAreRoundedAndKeptInRange) {
