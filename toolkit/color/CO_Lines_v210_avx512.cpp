@@ -1,6 +1,6 @@
 // Lines of v210 by AVX-512 with VBMI, eight blocks at a time.
 
-#include "avx512_private.h"
+#include "avx512.h"
 #include "v210_private.h"
 
 #ifdef QUILLMERE_AVX512_VBMI

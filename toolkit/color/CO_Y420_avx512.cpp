@@ -1,4 +1,4 @@
-#include "avx512_private.h"
+#include "avx512.h"
 #include "y420_private.h"
 
 #ifdef QUILLMERE_AVX512_VBMI

@@ -1,5 +1,5 @@
-/// What the files for AVX-512 with VBMI share. They are compiled for it function by function, so
-/// that the program starts on any processor.
+/// Code for AVX-512 with VBMI. It is compiled for that function by function, so that the program
+/// starts on any processor; HasAvx512Vbmi tells if it may be called.
 #pragma once
 
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -16,7 +16,7 @@
 
 #define QUILLMERE_AVX512_VBMI __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi")))
 
-namespace quillmere::color {
+namespace quillmere {
 
 inline bool HasAvx512Vbmi() {
   return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
@@ -28,6 +28,6 @@ QUILLMERE_AVX512_VBMI inline __m512i Table(const void* table) {
   return _mm512_load_si512(table);
 }
 
-}  // namespace quillmere::color
+}  // namespace quillmere
 
 #endif
