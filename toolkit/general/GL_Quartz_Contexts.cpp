@@ -15,7 +15,7 @@ CGContextRef GL_CreateStdCGContext(CGRect rect, void** buffer) {
   void* const pixels = own != nullptr ? own : *buffer;
   const CGColorSpaceRef space = CGColorSpaceCreateWithName(kCGColorSpaceGenericRGB);
   CGContextRef context = CGBitmapContextCreate(pixels, columns, rows, 8, columns * 4, space,
-                                                     kCGImageAlphaPremultipliedFirst);
+                                               kCGImageAlphaPremultipliedFirst);
   CGColorSpaceRelease(space);
   if (context == nullptr)
     std::free(own);
