@@ -2,6 +2,7 @@
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
+#include <QPainterPath>
 #include <QTransform>
 #include <algorithm>
 #include <cmath>
@@ -51,18 +52,30 @@ TextMask MaskOf(const QString& text, const QFont& font, double scale_h, double s
   const QFontMetricsF metrics(font);
   TextMask mask;
   mask.advance = metrics.horizontalAdvance(text) * scale_h;
-  const QRectF ink = QTransform::fromScale(scale_h, scale_v).mapRect(metrics.boundingRect(text));
-  const QRect area = ink.toAlignedRect().adjusted(-1, -1, 1, 1);
-  if (ink.isEmpty() || static_cast<double>(area.width()) * area.height() > kMostPixels) return mask;
+  // Outlines, not glyphs of the font's own: those of some fonts can't be had at every stretch.
+  QPainterPath outlines;
+  outlines.setFillRule(Qt::WindingFill);
+  QFont plain = font;
+  plain.setUnderline(false);
+  outlines.addText(0, 0, plain, text);
+  if (font.underline())
+    outlines.addRect(0, metrics.underlinePos(), metrics.horizontalAdvance(text),
+                     metrics.lineWidth());
+  outlines = QTransform::fromScale(scale_h, scale_v).map(outlines);
+  const QRectF ink = outlines.boundingRect();
+  const QRectF around(std::floor(ink.left()), std::floor(ink.top()), std::ceil(ink.width()) + 2,
+                      std::ceil(ink.height()) + 2);
+  constexpr double kFarthest = 1e6;
+  const bool is_near = std::abs(around.left()) < kFarthest && std::abs(around.top()) < kFarthest;
+  if (ink.isEmpty() || !is_near || !(around.width() * around.height() <= kMostPixels)) return mask;
+  const QRect area = around.toRect();
   QImage image(area.size(), QImage::Format_Grayscale8);
   if (image.isNull()) return mask;
   image.fill(0);
   QPainter painter(&image);
+  painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(-area.left(), -area.top());
-  painter.scale(scale_h, scale_v);
-  painter.setFont(font);
-  painter.setPen(Qt::white);
-  painter.drawText(QPointF(0, 0), text);
+  painter.fillPath(outlines, Qt::white);
   painter.end();
   mask.left = area.left();
   mask.top = area.top();
