@@ -23,10 +23,14 @@ void CGContextShowTextAtPoint(CGContextRef context, CGFloat x, CGFloat y, const 
   const QString shown = DecodedText(reinterpret_cast<const UInt8*>(text),
                                     static_cast<SInt32>(std::min(length, kMostBytes)));
   const QFont font = FontOf(QString::fromUtf8(context->font_name.c_str()), context->font_size);
-  const TextMask mask = MaskOf(shown, font, place.scale_x, place.scale_y);
-  const auto at = [](double from, SInt32 by) {
-    return static_cast<SInt32>(std::lround(std::clamp(from, -1e6, 1e6))) + by;
+  const auto pixel = [](double from) {
+    return static_cast<SInt32>(std::lround(std::clamp(from, -1e6, 1e6)));
   };
-  quillmere::imaging::FillThroughMask(context, at(place.x, mask.left), at(place.y, mask.top),
-                                      mask.width, mask.height, mask.coverage.data());
+  const SInt32 pen_x = pixel(place.x);
+  const SInt32 pen_y = pixel(place.y);
+  const QRect seen(-pen_x, -pen_y, static_cast<int>(context->block.width),
+                   static_cast<int>(context->block.height));
+  const TextMask mask = MaskOf(shown, font, place.scale_x, place.scale_y, seen);
+  quillmere::imaging::FillThroughMask(context, pen_x + mask.left, pen_y + mask.top, mask.width,
+                                      mask.height, mask.coverage.data());
 }

@@ -56,8 +56,13 @@ SInt32 PieceOf(const UInt8* bytes, SInt32 count) {
 
 void DrawPiece(GraphicsPort* port, const UInt8* bytes, SInt32 count) {
   const DrawingState& state = port->state;
+  const Rect& bounds = port->pixels.bounds;
+  QRect window;
+  if (!port->recorder)
+    window.setCoords(bounds.left - state.pen.h, bounds.top - state.pen.v,
+                     bounds.right - state.pen.h - 1, bounds.bottom - state.pen.v - 1);
   const TextMask mask =
-      MaskOf(DecodedText(bytes, count), FontOf(state.style), state.text_h, state.text_v);
+      MaskOf(DecodedText(bytes, count), FontOf(state.style), state.text_h, state.text_v, window);
   if (port->recorder) {
     port->recorder->Text(*port, {bytes, static_cast<std::size_t>(count)});
   } else {

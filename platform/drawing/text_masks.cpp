@@ -46,12 +46,14 @@ QString DecodedText(const UInt8* bytes, SInt32 count) {
   return QString::fromUtf16(units.data(), static_cast<qsizetype>(units.size()));
 }
 
-TextMask MaskOf(const QString& text, const QFont& font, double scale_h, double scale_v) {
-  constexpr double kMostPixels = 16 << 20;
+TextMask MaskOf(const QString& text, const QFont& font, double scale_h, double scale_v,
+                const QRect& seen) {
+  constexpr qint64 kMostPixels = 16 << 20;
   NeedGuiApplication();
   const QFontMetricsF metrics(font);
   TextMask mask;
   mask.advance = metrics.horizontalAdvance(text) * scale_h;
+  if (seen.isEmpty()) return mask;
   // Outlines, not glyphs of the font's own: those of some fonts can't be had at every stretch.
   QPainterPath outlines;
   outlines.setFillRule(Qt::WindingFill);
@@ -62,13 +64,11 @@ TextMask MaskOf(const QString& text, const QFont& font, double scale_h, double s
     outlines.addRect(0, metrics.underlinePos(), metrics.horizontalAdvance(text),
                      metrics.lineWidth());
   outlines = QTransform::fromScale(scale_h, scale_v).map(outlines);
-  const QRectF ink = outlines.boundingRect();
-  const QRectF around(std::floor(ink.left()), std::floor(ink.top()), std::ceil(ink.width()) + 2,
-                      std::ceil(ink.height()) + 2);
+  const QRectF ink = outlines.boundingRect().adjusted(-1, -1, 1, 1);
   constexpr double kFarthest = 1e6;
-  const bool is_near = std::abs(around.left()) < kFarthest && std::abs(around.top()) < kFarthest;
-  if (ink.isEmpty() || !is_near || !(around.width() * around.height() <= kMostPixels)) return mask;
-  const QRect area = around.toRect();
+  if (!(QRectF(-kFarthest, -kFarthest, 2 * kFarthest, 2 * kFarthest).contains(ink))) return mask;
+  const QRect area = ink.toAlignedRect() & seen;
+  if (area.isEmpty() || qint64{area.width()} * area.height() > kMostPixels) return mask;
   QImage image(area.size(), QImage::Format_Grayscale8);
   if (image.isNull()) return mask;
   image.fill(0);

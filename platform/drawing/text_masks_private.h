@@ -1,6 +1,7 @@
 /// Text as a mask of coverage, for whatever draws it.
 #pragma once
 
+#include <QRect>
 #include <QString>
 #include <vector>
 
@@ -32,7 +33,10 @@ QFont FontOf(const TextStyle& style);
 QFont FontOf(const QString& family, double size);
 /// Classic text: UTF-8 where it is valid in that, else MacRoman.
 QString DecodedText(const UInt8* bytes, SInt32 count);
-/// Draws text in a font, stretched. What would take more than 16 Mi pixels is empty.
-TextMask MaskOf(const QString& text, const QFont& font, double scale_h, double scale_v);
+/// Draws the part of text in a font, stretched, that lies within `seen`, which counts from the
+/// pen's place like the mask. Text of more than 16 Mi pixels there, or a million pixels away,
+/// is empty.
+TextMask MaskOf(const QString& text, const QFont& font, double scale_h, double scale_v,
+                const QRect& seen);
 
 }  // namespace quillmere::drawing
