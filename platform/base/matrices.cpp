@@ -109,6 +109,48 @@ void ScaleMatrix(MatrixRecord* matrix, Fixed scale_x, Fixed scale_y, Fixed about
   }
 }
 
+void TranslateMatrix(MatrixRecord* matrix, Fixed dx, Fixed dy) {
+  const double moves[] = {Fix2X(dx), Fix2X(dy)};
+  for (int row = 0; row < 3; ++row) {
+    for (int column = 0; column < 2; ++column)
+      SetElement(row, column,
+                 Element(*matrix, row, column) + Element(*matrix, row, 2) * moves[column], matrix);
+  }
+}
+
+Boolean InverseMatrix(const MatrixRecord* matrix, MatrixRecord* inverse) {
+  const auto at = [matrix](int row, int column) { return Element(*matrix, row % 3, column % 3); };
+  const auto cofactor = [&at](int row, int column) {
+    return at(row + 1, column + 1) * at(row + 2, column + 2) -
+           at(row + 1, column + 2) * at(row + 2, column + 1);
+  };
+  SetIdentityMatrix(inverse);
+  const double determinant =
+      at(0, 0) * cofactor(0, 0) + at(0, 1) * cofactor(0, 1) + at(0, 2) * cofactor(0, 2);
+  const double scale = cofactor(2, 2);  // matrices that differ by a factor are one: 1 at the end
+  if (determinant == 0 || scale == 0) return 0;
+  MatrixRecord made{};
+  for (int row = 0; row < 3; ++row) {
+    for (int column = 0; column < 3; ++column)
+      SetElement(row, column, cofactor(column, row) / scale, &made);
+  }
+  *inverse = made;
+  return 1;
+}
+
+OSErr TransformFixedPoints(const MatrixRecord* matrix, FixedPoint* points, SInt32 count) {
+  OSErr status = noErr;
+  for (SInt32 i = 0; i < count; ++i) {
+    const Place place = Transformed(*matrix, Fix2X(points[i].x), Fix2X(points[i].y));
+    if (std::isfinite(place.x) && std::isfinite(place.y)) {
+      points[i] = {X2Fix(place.x), X2Fix(place.y)};
+    } else {
+      status = paramErr;
+    }
+  }
+  return status;
+}
+
 Boolean EqualMatrix(const MatrixRecord* a, const MatrixRecord* b) {
   return std::memcmp(a, b, sizeof *a) == 0;
 }

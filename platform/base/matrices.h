@@ -13,6 +13,13 @@ void RectMatrix(MatrixRecord* matrix, const Rect* from, const Rect* to);
 /// The matrix, with a perspective if need be, that takes four corners to four others. paramErr, and
 /// the identity, if three of the first four lie in a line.
 OSErr QuadToQuadMatrix(const FixedPoint* from, const FixedPoint* to, MatrixRecord* matrix);
+/// Lets a matrix also move points, in 16.16 pixels.
+void TranslateMatrix(MatrixRecord* matrix, Fixed dx, Fixed dy);
+/// The matrix that takes points back. False, and the identity, if there is none.
+Boolean InverseMatrix(const MatrixRecord* matrix, MatrixRecord* inverse);
+/// Takes points through a matrix, in their place, each coordinate rounded to the nearest number and
+/// held to its range. A point at infinity stays; paramErr then.
+OSErr TransformFixedPoints(const MatrixRecord* matrix, FixedPoint* points, SInt32 count);
 /// Lets a matrix also scale, by 16.16 factors, about a point.
 void ScaleMatrix(MatrixRecord* matrix, Fixed scale_x, Fixed scale_y, Fixed about_x, Fixed about_y);
 /// The bounds of a rectangle's transformed corners, in its place, each edge rounded to the nearest

@@ -28,7 +28,6 @@ inline constexpr UInt16 kPictureEnd = 0x00FF;
 inline constexpr UInt16 kPictureHeader = 0x0C00;
 
 inline constexpr UInt16 kPictureVersion2 = 0x02FF;
-inline constexpr SInt16 kRegionRowEnd = 0x7FFF;
 /// Lines of pixels of at most this many bytes; longer ones need two bytes for their length.
 inline constexpr SInt32 kShortLine = 250;
 inline constexpr UInt16 kRowBytesMask = 0x3FFF;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <map>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "pictures.h"
 #include "ports_private.h"
 #include "rectangles.h"
+#include "region_bytes.h"
 
 namespace quillmere::drawing {
 namespace {
@@ -58,6 +58,7 @@ class PictureReader {
   }
   void Align() { place_ += place_ % 2; }
   bool IsGood() const { return is_good_; }
+  std::span<const UInt8> Rest() const { return bytes_.subspan(std::min(place_, bytes_.size())); }
   std::size_t Place() const { return place_; }
   void Fail() { is_good_ = false; }
 
@@ -107,31 +108,6 @@ struct Mapping {
     return {scaled(pen.v, ScaleV()), scaled(pen.h, ScaleH())};
   }
 };
-
-/// The bands of a region in the format's rows; false if they are damaged.
-bool ReadBands(PictureReader* reader, std::vector<RegionBand>* bands) {
-  std::vector<SInt32> edges;
-  SInt32 top = reader->Read16();
-  while (top != kRegionRowEnd) {
-    std::vector<SInt32> turns;
-    for (SInt32 h = reader->Read16(); h != kRegionRowEnd; h = reader->Read16()) {
-      if (!reader->IsGood() || (!turns.empty() && h <= turns.back())) return false;
-      turns.push_back(h);
-    }
-    std::vector<SInt32> turned;
-    std::set_symmetric_difference(edges.begin(), edges.end(), turns.begin(), turns.end(),
-                                  std::back_inserter(turned));
-    edges = std::move(turned);
-    const SInt32 bottom = reader->Read16();
-    if (!reader->IsGood() || edges.size() % 2 != 0) return false;
-    if (!edges.empty()) {
-      if (bottom == kRegionRowEnd || bottom <= top) return false;
-      bands->push_back({top, bottom, edges});
-    }
-    top = bottom;
-  }
-  return true;
-}
 
 class Player {
  public:
@@ -248,16 +224,9 @@ class Player {
 
   /// Empty if it is damaged.
   OwnedRegion ReadRegion() {
-    constexpr std::size_t kStartSize = 10;
-    const std::size_t size = reader_.ReadUnsigned16();
-    const Rect bounds = reader_.ReadRect();
     std::vector<RegionBand> bands;
-    if (size > kStartSize) {
-      PictureReader rows(reader_.Bytes(size - kStartSize));
-      if (!ReadBands(&rows, &bands)) reader_.Fail();
-    } else if (!EmptyRect(&bounds)) {
-      bands.push_back({bounds.top, bounds.bottom, {bounds.left, bounds.right}});
-    }
+    const std::size_t size = SizeOfRegionBytes(reader_.Rest());
+    if (size == 0 || !BandsFromBytes(reader_.Bytes(size), &bands)) reader_.Fail();
     OwnedRegion region(NewRgn());
     if (!reader_.IsGood()) return region;
     std::vector<RegionBand> mapped;

@@ -10,6 +10,7 @@
 #include "pack_bits_private.h"
 #include "raster_private.h"
 #include "rectangles.h"
+#include "region_bytes.h"
 
 namespace quillmere::drawing {
 namespace {
@@ -22,14 +23,6 @@ bool IsSame(const RGBColor& a, const RGBColor& b) {
 }
 bool IsSame(Point a, Point b) {
   return a.h == b.h && a.v == b.v;
-}
-
-/// The edges that are in one of two rows.
-std::vector<SInt32> Turns(const std::vector<SInt32>& above, const std::vector<SInt32>& below) {
-  std::vector<SInt32> turns;
-  std::set_symmetric_difference(above.begin(), above.end(), below.begin(), below.end(),
-                                std::back_inserter(turns));
-  return turns;
 }
 
 }  // namespace
@@ -81,34 +74,10 @@ void PictureRecorder::AddColor(UInt16 code, const RGBColor& color) {
     Add16(component);
 }
 
-/// A region's size and bounds; for one that is no rectangle, the places where each of its rows
-/// begins to differ from the row above.
 void PictureRecorder::AddRegion(RgnHandle region) {
-  constexpr std::size_t kMostBytes = 32766;
-  const std::size_t start = bytes_.size();
-  Add16(0);
-  Rect bounds;
-  AddRect(*GetRegionBounds(region, &bounds));
-  if (!IsRegionRectangular(region)) {
-    std::vector<SInt32> above;
-    SInt32 bottom = bounds.top;
-    const auto add_row = [&](SInt32 top, const std::vector<SInt32>& edges) {
-      Add16(top);
-      for (const SInt32 turn : Turns(above, edges))
-        Add16(turn);
-      Add16(kRegionRowEnd);
-      above = edges;
-    };
-    for (const RegionBand& band : BandsOf(region)) {
-      if (band.top > bottom) add_row(bottom, {});
-      add_row(band.top, band.edges);
-      bottom = band.bottom;
-    }
-    add_row(bottom, {});
-    Add16(kRegionRowEnd);
-  }
-  has_failed_ = has_failed_ || bytes_.size() - start > kMostBytes;
-  WriteU16(bytes_.data() + start, static_cast<UInt16>(bytes_.size() - start));
+  const std::vector<UInt8> bytes = RegionToBytes(region);
+  has_failed_ = has_failed_ || bytes.empty();
+  bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
 }
 
 void PictureRecorder::Align() {

@@ -179,6 +179,11 @@ Atom& Atom::Add(Atom child) {
   return children_.back();
 }
 
+Atom& Atom::Insert(std::size_t position, Atom child) {
+  const auto place = children_.begin() + static_cast<std::ptrdiff_t>(position);
+  return *children_.insert(place, std::move(child));
+}
+
 std::size_t Atom::Remove(OSType type) {
   return std::erase_if(children_, [type](const Atom& child) { return child.type_ == type; });
 }

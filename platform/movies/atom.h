@@ -65,6 +65,8 @@ class Atom {
   Atom* FindPath(std::initializer_list<OSType> path);
   /// Appends a child. A sibling before it that reached "to the end" gets a size of its own.
   Atom& Add(Atom child);
+  /// Puts a child at a position among the children, from 0.
+  Atom& Insert(std::size_t position, Atom child);
   /// Takes out all children of that type; how many there were.
   std::size_t Remove(OSType type);
 

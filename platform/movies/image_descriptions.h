@@ -37,7 +37,6 @@ struct ImageDescription {
 static_assert(sizeof(ImageDescription) == 86);
 
 inline constexpr OSErr codecExtensionNotFoundErr = -8971;
-inline constexpr OSErr kQTPropertyNotSupportedErr = -2195;
 
 /// A copy of extension `index` of a type, as a new handle that the caller owns; it stays as it was
 /// after a failure. codecExtensionNotFoundErr if there is none.

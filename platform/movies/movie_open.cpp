@@ -84,7 +84,7 @@ OSStatus TakeProperty(const QTNewMoviePropertyElement& property, OpenRequest* re
   } else if (is("ctxt"_4cc, "visu"_4cc, sizeof(QTVisualContextRef))) {
     request->context = *static_cast<const QTVisualContextRef*>(property.propValueAddress);
   } else if (property.propClass != "mins"_4cc && property.propClass != "audi"_4cc) {
-    return noSuchProperty;
+    return kQTPropertyNotSupportedErr;
   }
   return noErr;
 }
@@ -174,7 +174,7 @@ bool IsApertureProperty(OSType property_class, OSType property_id) {
 OSStatus QTSetMovieProperty(Movie movie, OSType property_class, OSType property_id, Size size,
                             const void* value) {
   if (movie == nullptr) return invalidMovie;
-  if (!IsApertureProperty(property_class, property_id)) return noSuchProperty;
+  if (!IsApertureProperty(property_class, property_id)) return kQTPropertyNotSupportedErr;
   if (size != static_cast<Size>(sizeof(OSType)) || value == nullptr) return paramErr;
   const OSType mode = *static_cast<const OSType*>(value);
   if (!IsApertureMode(mode)) return paramErr;
@@ -186,9 +186,11 @@ OSStatus QTSetMovieProperty(Movie movie, OSType property_class, OSType property_
 OSStatus QTGetMovieProperty(Movie movie, OSType property_class, OSType property_id, Size size,
                             void* value, Size* size_used) {
   if (movie == nullptr) return invalidMovie;
-  if (!IsApertureProperty(property_class, property_id)) return noSuchProperty;
-  if (size < static_cast<Size>(sizeof(OSType)) || value == nullptr) return paramErr;
-  *static_cast<OSType*>(value) = movie->aperture_mode;
-  if (size_used != nullptr) *size_used = sizeof(OSType);
-  return noErr;
+  if (IsApertureProperty(property_class, property_id))
+    return StoreProperty(movie->aperture_mode, size, value, size_used);
+  if (property_class != "visu"_4cc || property_id != "hamd"_4cc) return kQTPropertyNotSupportedErr;
+  const Boolean has_dimensions = std::ranges::any_of(movie->tracks, [](const auto& track) {
+    return IsVisual(*track) && HasApertureDimensions(*track);
+  });
+  return StoreProperty(has_dimensions, size, value, size_used);
 }

@@ -127,6 +127,12 @@ void SetNextTrackId(Atom* mvhd, UInt32 id) {
   if (layout.fits()) WriteU32(mvhd->mutable_payload().data() + layout.Behind(96), id);
 }
 
+bool SetMatrixOfMovie(Atom* mvhd, const MatrixRecord& matrix) {
+  const HeaderLayout layout = LayoutOf(*mvhd, kMovieHeaderSize);
+  if (layout.fits()) WriteMatrix(mvhd->mutable_payload().data() + layout.Behind(36), matrix);
+  return layout.fits();
+}
+
 bool ReadTrackHeader(const Atom& tkhd, TrackHeader* header) {
   const HeaderLayout layout = LayoutOf(tkhd, kTrackHeaderSize);
   if (!layout.fits()) return false;

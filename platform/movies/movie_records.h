@@ -27,6 +27,7 @@ struct MovieHeader {
 bool ReadMovieHeader(const Atom& mvhd, MovieHeader* header);
 bool SetMovieDuration(Atom* mvhd, UInt64 duration);
 void SetNextTrackId(Atom* mvhd, UInt32 id);
+bool SetMatrixOfMovie(Atom* mvhd, const MatrixRecord& matrix);
 
 /// `tkhd`. Flags: 1 enabled, 2 in movie, 4 in preview, 8 in poster.
 struct TrackHeader {

@@ -103,6 +103,16 @@ bool EditsOf(const TrackRecord& track, std::vector<EditRecord>* edits) {
   return true;
 }
 
+void FindTrackAtoms(MovieRecord* movie) {
+  const std::vector<Atom>& children = movie->file.movie->children();
+  std::size_t child = 0;
+  for (const auto& track : movie->tracks) {
+    while (child < children.size() && children[child].type() != "trak"_4cc)
+      ++child;
+    track->child = child++;
+  }
+}
+
 void MakeTrackRecords(MovieRecord* movie) {
   const std::vector<Atom>& children = movie->file.movie->children();
   for (std::size_t i = 0; i < children.size(); ++i) {

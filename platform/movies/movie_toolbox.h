@@ -53,7 +53,7 @@ inline constexpr OSErr invalidDataRefContainer = -2038;
 inline constexpr OSErr noMovieFound = -2048;
 inline constexpr OSErr dataAlreadyOpenForWrite = -2044;
 inline constexpr OSErr progressProcAborted = -2019;
-inline constexpr OSErr noSuchProperty = -2195;  // kQTPropertyNotSupportedErr's family
+inline constexpr OSErr kQTPropertyNotSupportedErr = -2195;
 
 /// Call once before anything else.
 OSErr EnterMovies();
@@ -119,7 +119,8 @@ inline constexpr SInt32 movieTrackCharacteristic = 2;  ///< `eyes` is seen, `ear
 inline constexpr SInt32 movieTrackEnabledOnly = 4;
 /// The track at `index`, from 1, among those of a type; null outside, paramErr for other flags.
 Track GetMovieIndTrackType(Movie movie, SInt32 index, OSType type, SInt32 flags);
-/// Reads or sets a property of the movie: `visu`/`apmd` (OSType: `clas`, `clea`, `prod`, `enco`).
+/// Reads or sets a property of the movie: `visu`/`apmd` (OSType: `clas`, `clea`, `prod`, `enco`),
+/// or reads `visu`/`hamd`, a Boolean: whether a visual track has aperture dimensions.
 OSStatus QTSetMovieProperty(Movie movie, OSType property_class, OSType property_id, Size size,
                             const void* value);
 OSStatus QTGetMovieProperty(Movie movie, OSType property_class, OSType property_id, Size size,

@@ -5,6 +5,7 @@
 /// the tree, and the state of the open movie.
 #pragma once
 
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -18,6 +19,13 @@
 #include "new_samples.h"
 #include "sample_table.h"
 
+/// Whose user data it is: the media's, else the track's, else the movie's.
+struct UserDataRecord {
+  MovieRecord* movie = nullptr;
+  TrackRecord* track = nullptr;
+  MediaRecord* media = nullptr;
+};
+
 struct MediaRecord {
   TrackRecord* track = nullptr;
   /// Samples added to a media that NewTrackMedia made; null for media read from a file.
@@ -27,6 +35,7 @@ struct MediaRecord {
   std::shared_ptr<quillmere::movies::DataSource> given_source;
   /// The sample table as it was last read from the tree.
   std::unique_ptr<quillmere::movies::SampleTable> table;
+  std::unique_ptr<UserDataRecord> user_data;  ///< when it has been asked for
 };
 
 struct TrackRecord {
@@ -34,6 +43,7 @@ struct TrackRecord {
   std::size_t child = 0;  ///< position of its `trak` among the children of `moov`
   bool is_new = false;    ///< made by NewMovieTrack
   std::unique_ptr<MediaRecord> media;
+  std::unique_ptr<UserDataRecord> user_data;
 };
 
 struct MovieRecord {
@@ -41,6 +51,7 @@ struct MovieRecord {
   std::shared_ptr<quillmere::movies::DataSource> source;
   quillmere::movies::MovieFile file;  ///< its `movie` is the tree
   std::vector<std::unique_ptr<TrackRecord>> tracks;
+  std::unique_ptr<UserDataRecord> user_data;
   bool active = false;
   SInt64 time = 0;  ///< movie time units
   OSType aperture_mode = "clas"_4cc;
@@ -77,11 +88,37 @@ OSStatus SampleTableOf(MediaRecord* media, const SampleTable** table);
 /// The edits of a track; a track without an edit list plays its whole media once.
 bool EditsOf(const TrackRecord& track, std::vector<EditRecord>* edits);
 
+/// Keeps a status for GetMoviesError and gives it back.
+OSStatus NoteStatus(OSStatus status);
+
+/// Reads a track's header, lets `change` change it and writes it back. The status is noted.
+template <class Change>
+void ChangeTrackHeader(TrackRecord* track, Change change) {
+  Atom* tkhd = track != nullptr ? TrackAtom(*track).Find("tkhd"_4cc) : nullptr;
+  TrackHeader header;
+  bool changed = tkhd != nullptr && ReadTrackHeader(*tkhd, &header);
+  if (changed) {
+    change(&header);
+    changed = WriteTrackHeader(tkhd, header);
+  }
+  NoteStatus(changed ? OSStatus{noErr} : OSStatus{invalidTrack});
+}
+
+/// Whether the track has the dimensions of all apertures.
+bool HasApertureDimensions(const TrackRecord& track);
+/// Copies a property's value out; paramErr for a size that is too small.
+template <class T>
+OSStatus StoreProperty(const T& property, Size size, void* value, Size* size_used) {
+  if (size < static_cast<Size>(sizeof property) || value == nullptr) return paramErr;
+  std::memcpy(value, &property, sizeof property);
+  if (size_used != nullptr) *size_used = sizeof property;
+  return noErr;
+}
+
+/// Finds the tracks' atoms anew when the children of the movie's atom have moved.
+void FindTrackAtoms(MovieRecord* movie);
 /// Makes the track records of a movie whose tree has been set.
 void MakeTrackRecords(MovieRecord* movie);
 /// Opens a movie or still from a path.
 OSStatus OpenMovieAt(const std::filesystem::path& path, std::unique_ptr<MovieRecord>* movie);
-/// Keeps a status for GetMoviesError and gives it back.
-OSStatus NoteStatus(OSStatus status);
-
 }  // namespace quillmere::movies

@@ -29,43 +29,31 @@ UInt32 FreeTrackId(const MovieRecord& movie) {
 
 bool HasCharacteristic(const TrackRecord& track, OSType characteristic) {
   if (characteristic == "eyes"_4cc) return IsVisual(track);
+  struct Characteristic {
+    OSType characteristic;
+    OSType media;
+  };
+  constexpr Characteristic kCharacteristics[] = {
+      {"ears"_4cc, "soun"_4cc}, {"ears"_4cc, "musi"_4cc}, {"actn"_4cc, "sprt"_4cc},
+      {"actn"_4cc, "flsh"_4cc}, {"nonl"_4cc, "qtvr"_4cc}, {"skin"_4cc, "skin"_4cc},
+      {"step"_4cc, "vide"_4cc}, {"keyf"_4cc, "vide"_4cc}, {"keyf"_4cc, "sprt"_4cc},
+      {"apmd"_4cc, "vide"_4cc}};
   const OSType type = MediaTypeOf(track);
-  return characteristic == "ears"_4cc && (type == "soun"_4cc || type == "musi"_4cc);
+  return std::ranges::any_of(kCharacteristics, [&](const Characteristic& row) {
+    return row.characteristic == characteristic && row.media == type;
+  });
 }
 
 /// Puts a `trak` behind the last one, so that the order of the others' tracks and of what follows
-/// stays. Returns its position.
-std::size_t InsertTrackAtom(Atom* moov, Atom trak) {
-  std::vector<Atom>& children = moov->children();
-  constexpr OSType kTrack = "trak"_4cc;
-  constexpr OSType kMovieHeader = "mvhd"_4cc;
+/// stays.
+void InsertTrackAtom(Atom* moov, Atom trak) {
+  const std::vector<Atom>& children = moov->children();
   std::size_t place = 0;
   for (std::size_t i = 0; i < children.size(); ++i) {
     const OSType type = children[i].type();
-    if (type == kTrack || (type == kMovieHeader && place == 0)) place = i + 1;
+    if (type == "trak"_4cc || (type == "mvhd"_4cc && place == 0)) place = i + 1;
   }
-  if (place == children.size()) {
-    moov->Add(std::move(trak));
-  } else {
-    children.insert(children.begin() + static_cast<std::ptrdiff_t>(place), std::move(trak));
-  }
-  return place;
-}
-
-/// The track's `tkhd` and what it says; null when there is none that reads.
-Atom* FindTrackHeader(Track track, TrackHeader* header) {
-  Atom* tkhd = track != nullptr ? TrackAtom(*track).Find("tkhd"_4cc) : nullptr;
-  return tkhd != nullptr && ReadTrackHeader(*tkhd, header) ? tkhd : nullptr;
-}
-
-/// Reads a track's header, lets `change` change it and writes it back.
-template <class Change>
-void ChangeTrackHeader(Track track, Change change) {
-  TrackHeader header;
-  Atom* tkhd = FindTrackHeader(track, &header);
-  if (tkhd != nullptr) change(&header);
-  const bool changed = tkhd != nullptr && WriteTrackHeader(tkhd, header);
-  NoteStatus(changed ? noErr : OSStatus{invalidTrack});
+  moov->Insert(place, std::move(trak));
 }
 
 TrackHeader HeaderOf(Track track) {
@@ -92,11 +80,9 @@ Track NewMovieTrack(Movie movie, Fixed width, Fixed height, SInt16 volume) {
   track->is_new = true;
   const HeaderTimes times = TimesOf(*mvhd);
   if (id < std::numeric_limits<UInt32>::max()) SetNextTrackId(mvhd, id + 1);
-  track->child = InsertTrackAtom(&moov, MakeTrackAtom(times, {id, width, height, volume}));
-  for (const auto& other : movie->tracks) {
-    if (other->child >= track->child) ++other->child;
-  }
+  InsertTrackAtom(&moov, MakeTrackAtom(times, {id, width, height, volume}));
   movie->tracks.push_back(std::move(track));
+  FindTrackAtoms(movie);
   NoteStatus(noErr);
   return movie->tracks.back().get();
 }
@@ -104,13 +90,10 @@ Track NewMovieTrack(Movie movie, Fixed width, Fixed height, SInt16 volume) {
 void DisposeMovieTrack(Track track) {
   if (track == nullptr) return;
   MovieRecord& movie = *track->movie;
-  const std::size_t child = track->child;
   std::vector<Atom>& children = movie.file.movie->children();
-  children.erase(children.begin() + static_cast<std::ptrdiff_t>(child));
+  children.erase(children.begin() + static_cast<std::ptrdiff_t>(track->child));
   std::erase_if(movie.tracks, [&](const auto& other) { return other.get() == track; });
-  for (const auto& other : movie.tracks) {
-    if (other->child > child) --other->child;
-  }
+  FindTrackAtoms(&movie);
   NoteStatus(noErr);
 }
 
