@@ -19,6 +19,7 @@
 #include "QT_Movie_Info.h"
 #include "QT_Pictures.h"
 #include "images.h"
+#include "media_editing.h"
 #include "replacement_guard.h"
 #include "window_manager.h"
 

@@ -10,6 +10,7 @@
 
 #include "aliases.h"
 #include "file_references.h"
+#include "media_editing.h"
 #include "movie_toolbox.h"
 #include "visible_samples.h"
 

@@ -56,12 +56,15 @@ void TryTable(const SampleTable& table, UInt64 file_size) {
 /// Runs of like samples add up to the table, and what begins in a media lies in it.
 void TryRuns(const SampleTable& table) {
   UInt64 samples = 0;
-  for (int run = 0; run < 4096 && samples < table.sample_count(); ++run) {
-    SampleInfo first = {};
-    UInt64 count = 0;
-    UInt64 size = 0;
-    Require(table.RunAt(samples, &first, &count, &size) && count > 0);
-    Require(size == table.SizeOfSamples(samples, count));
+  SampleTable::RunWalk walk(table, 0);
+  SampleInfo first = {};
+  SampleInfo sample = {};
+  UInt64 count = 0;
+  UInt64 size = 0;
+  for (int run = 0; run < 4096 && walk.Next(&first, &count, &size); ++run) {
+    Require(count > 0 && size == table.SizeOfSamples(samples, count));
+    Require(table.SampleAt(samples, &sample) && sample.offset == first.offset);
+    Require(sample.decode_time == first.decode_time && sample.size == first.size);
     samples += count;
   }
   Require(samples <= table.sample_count());

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "big_endian.h"
+#include "media_editing.h"
 #include "toolbox_records.h"
 
 namespace quillmere::movies {
@@ -99,35 +100,53 @@ bool IsWithinReach(const fs::path& folder, const fs::path& file) {
   return file.parent_path().parent_path() == folder.parent_path();
 }
 
-/// Opens the first candidate that exists within reach of the movie.
-std::shared_ptr<DataSource> OpenWithinReach(const fs::path& movie_path,
-                                            const std::vector<fs::path>& candidates) {
+/// The first candidate that exists within reach of the movie; empty if none does.
+fs::path PathWithinReach(const MovieRecord& movie, const std::vector<fs::path>& candidates) {
   std::error_code error;
-  const fs::path movie_file = fs::canonical(movie_path, error);
-  if (error) return nullptr;
-  const fs::path folder = movie_file.parent_path();
+  fs::path folder;
+  if (!movie.trusts_references) {
+    const fs::path movie_file = fs::canonical(movie.path, error);
+    if (error) return {};
+    folder = movie_file.parent_path();
+  }
   for (const fs::path& candidate : candidates) {
     if (candidate.empty()) continue;
     const fs::path file = fs::canonical(folder / candidate, error);
-    if (error || !fs::is_regular_file(file, error) || !IsWithinReach(folder, file)) continue;
-    std::shared_ptr<DataSource> source;
-    if (OpenDataSource(file, &source) == noErr) return source;
+    if (error || !fs::is_regular_file(file, error)) continue;
+    if (movie.trusts_references || IsWithinReach(folder, file)) return file;
   }
-  return nullptr;
+  return {};
 }
 
-/// The file that an entry of a movie's own `dref` names.
-std::shared_ptr<DataSource> ResolveEntry(const MovieRecord& movie, const Atom& entry) {
+/// The file that an entry of a movie's own `dref` names; empty if it can't be found.
+fs::path PathOfEntry(const MovieRecord& movie, const Atom& entry) {
   DataReferenceEntry reference;
-  if (!ReadDataReferenceEntry(entry, &reference)) return nullptr;
+  if (!ReadDataReferenceEntry(entry, &reference)) return {};
   const bool is_alias = reference.type == "alis"_4cc;
   const bool is_url = reference.type == "url "_4cc;
   const bool is_urn = reference.type == "urn "_4cc;
-  if (reference.is_self) return is_alias || is_url || is_urn ? movie.source : nullptr;
-  if (is_url) return OpenWithinReach(movie.path, {PathOfUrl(reference.data)});
+  if (reference.is_self) return is_alias || is_url || is_urn ? movie.path : fs::path();
+  if (is_url) return PathWithinReach(movie, {PathOfUrl(reference.data)});
   files::AliasContent alias;
-  if (!is_alias || !files::ReadAlias(reference.data, &alias)) return nullptr;
-  return OpenWithinReach(movie.path, {alias.relative_path, alias.absolute_path});
+  if (!is_alias || !files::ReadAlias(reference.data, &alias)) return {};
+  return PathWithinReach(movie, {alias.relative_path, alias.absolute_path});
+}
+
+bool IsSelf(const Atom& entry) {
+  DataReferenceEntry reference;
+  return ReadDataReferenceEntry(entry, &reference) && reference.is_self;
+}
+
+std::shared_ptr<DataSource> ResolveEntry(const MovieRecord& movie, const Atom& entry) {
+  const fs::path path = PathOfEntry(movie, entry);
+  if (path.empty()) return nullptr;
+  if (IsSelf(entry)) return movie.source;
+  std::shared_ptr<DataSource> source;
+  return OpenDataSource(path, &source) == noErr ? source : nullptr;
+}
+
+const Atom* ReferencesOf(const MediaRecord& media) {
+  return TrackAtom(*media.track).FindPath({"mdia"_4cc, "minf"_4cc, "dinf"_4cc, "dref"_4cc});
 }
 
 }  // namespace
@@ -160,27 +179,62 @@ OSStatus PathOfDataReference(Handle reference, OSType type, fs::path* path) {
   return noErr;
 }
 
+bool IsSameFile(const fs::path& a, const fs::path& b) {
+  std::error_code error;
+  return !a.empty() && !b.empty() && (a == b || fs::equivalent(a, b, error));
+}
+
+std::size_t CountReferences(const MediaRecord& media) {
+  const Atom* dref = ReferencesOf(media);
+  return dref != nullptr ? dref->children().size() : 0;
+}
+
+OSStatus PathOfReference(const MediaRecord& media, UInt16 index, fs::path* path) {
+  const MovieRecord& movie = *media.track->movie;
+  const Atom* dref = ReferencesOf(media);
+  path->clear();
+  if (dref == nullptr) {
+    *path = movie.path;
+  } else if (index >= 1 && index <= dref->children().size()) {
+    const bool is_given = index <= media.given.size() && !media.given[index - 1U].path.empty();
+    *path =
+        is_given ? media.given[index - 1U].path : PathOfEntry(movie, dref->children()[index - 1U]);
+  }
+  return path->empty() ? OSStatus{couldNotResolveDataRef} : noErr;
+}
+
 OSStatus SourceOfReference(const MediaRecord& media, UInt16 index,
                            std::shared_ptr<DataSource>* source) {
   const MovieRecord& movie = *media.track->movie;
-  const Atom* dref =
-      TrackAtom(*media.track).FindPath({"mdia"_4cc, "minf"_4cc, "dinf"_4cc, "dref"_4cc});
+  const Atom* dref = ReferencesOf(media);
   if (dref == nullptr) {
     *source = movie.source;
   } else if (index == 0 || index > dref->children().size()) {
     *source = nullptr;
-  } else if (media.given_source && index == 1) {
-    *source = media.given_source;
+  } else if (index <= media.given.size() && !media.given[index - 1U].path.empty()) {
+    const GivenReference& given = media.given[index - 1U];
+    if (!given.source && OpenDataSource(given.path, &given.source) != noErr) given.source = nullptr;
+    *source = given.source;
   } else {
     *source = ResolveEntry(movie, dref->children()[index - 1U]);
   }
   return *source ? noErr : OSStatus{couldNotResolveDataRef};
 }
 
+void ReopenSources(MovieRecord* movie) {
+  std::shared_ptr<DataSource> source;
+  if (movie->source && OpenDataSource(movie->path, &source) == noErr) movie->source = source;
+  for (const auto& track : movie->tracks) {
+    if (!track->media) continue;
+    for (const GivenReference& given : track->media->given)
+      given.source = nullptr;
+  }
+}
+
 std::vector<std::shared_ptr<DataSource>> ReferencedSources(const MovieRecord& movie) {
   std::vector<std::shared_ptr<DataSource>> sources;
   for (const auto& track : movie.tracks) {
-    const Atom* dref = TrackAtom(*track).FindPath({"mdia"_4cc, "minf"_4cc, "dinf"_4cc, "dref"_4cc});
+    const Atom* dref = track->media ? ReferencesOf(*track->media) : nullptr;
     if (dref == nullptr) continue;
     for (const Atom& entry : dref->children()) {
       std::shared_ptr<DataSource> source = ResolveEntry(movie, entry);
@@ -191,6 +245,13 @@ std::vector<std::shared_ptr<DataSource>> ReferencedSources(const MovieRecord& mo
 }
 
 }  // namespace quillmere::movies
+
+OSErr QTNewDataReferenceFromFSRef(const FSRef* file, [[maybe_unused]] UInt32 flags,
+                                  Handle* data_reference, OSType* type) {
+  if (file == nullptr || data_reference == nullptr || type == nullptr) return paramErr;
+  *type = "alis"_4cc;
+  return FSNewAlias(nullptr, file, data_reference);
+}
 
 OSErr QTNewDataReferenceFromFSRefCFString(const FSRef* folder, CFStringRef name,
                                           [[maybe_unused]] UInt32 flags, Handle* data_reference,

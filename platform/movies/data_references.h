@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "atom.h"
 #include "data_source.h"
 #include "movie_toolbox.h"
 
@@ -16,6 +17,22 @@ namespace quillmere::movies {
 OSStatus PathOfDataReference(Handle reference, OSType type, std::filesystem::path* path);
 /// An alias record of a path that need not exist: name, POSIX path and mount point.
 std::vector<UInt8> MakeAliasRecord(const std::filesystem::path& path);
+
+/// Whether two paths, either of which may be empty, name one file.
+bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
+/// How many data references a media has.
+std::size_t CountReferences(const MediaRecord& media);
+/// The path of the file of a media's data reference, by the same rule as below.
+OSStatus PathOfReference(const MediaRecord& media, UInt16 index, std::filesystem::path* path);
+/// Adds a `dref` entry that names a file, `path`, which may be empty where it is not known.
+OSStatus AddReference(MediaRecord* media, Atom entry, const std::filesystem::path& path,
+                      UInt16* index);
+/// The index of the data reference of a media to the same file as that of another media, which is
+/// added where there is none. couldNotResolveDataRef where the other one doesn't resolve.
+OSStatus FindOrAddReference(const MediaRecord& source, UInt16 source_index, MediaRecord* media,
+                            UInt16* index);
+/// Forgets the open files of the movie, which have been written to.
+void ReopenSources(MovieRecord* movie);
 
 /// The open file of a media's data reference, `index` from 1.
 ///

@@ -1,13 +1,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "toolbox_records.h"
+#include "display_order.h"
+#include "edits_private.h"
 
-using namespace quillmere::movies;
+namespace quillmere::movies {
 
-namespace {
-
-/// round(value multiplier / divisor), cut to 63 bits.
 UInt64 Rescale(UInt64 value, UInt64 multiplier, UInt64 divisor) {
   __extension__ using Wide = unsigned __int128;
   const Wide scaled = (Wide{value} * multiplier + divisor / 2) / divisor;
@@ -21,14 +19,6 @@ UInt64 LengthOf(const std::vector<EditRecord>& edits) {
   return length;
 }
 
-/// Scales between a track and its media.
-struct Scales {
-  UInt32 movie;
-  UInt32 media;
-};
-
-/// Position in `edits` where an edit that starts at `start` goes: an edit that spans the time is
-/// split there, and an empty edit fills up a track that ends before.
 std::size_t OpenAt(UInt64 start, const Scales& scales, std::vector<EditRecord>* edits) {
   UInt64 time = 0;
   for (std::size_t i = 0; i < edits->size(); ++i) {
@@ -52,6 +42,8 @@ std::size_t OpenAt(UInt64 start, const Scales& scales, std::vector<EditRecord>* 
   return edits->size();
 }
 
+namespace {
+
 Atom* EditListAtom(const TrackRecord& track) {
   Atom& trak = TrackAtom(track);
   Atom* edts = trak.Find("edts"_4cc);
@@ -64,8 +56,11 @@ Atom* EditListAtom(const TrackRecord& track) {
   return elst;
 }
 
-/// Sets the track's duration, and the movie's when the track is longer.
-OSStatus NoteLength(const TrackRecord& track, UInt64 length) {
+}  // namespace
+
+OSStatus StoreEdits(const TrackRecord& track, const std::vector<EditRecord>& edits) {
+  WriteEditList(EditListAtom(track), edits);
+  const UInt64 length = LengthOf(edits);
   Atom* tkhd = TrackAtom(track).Find("tkhd"_4cc);
   if (tkhd == nullptr || !SetTrackDuration(tkhd, length)) return invalidDuration;
   Atom* mvhd = track.movie->file.movie->Find("mvhd"_4cc);
@@ -73,6 +68,18 @@ OSStatus NoteLength(const TrackRecord& track, UInt64 length) {
     return invalidDuration;
   }
   return noErr;
+}
+
+}  // namespace quillmere::movies
+
+using namespace quillmere::movies;
+
+namespace {
+
+/// When the last sample of a media ends, which with display offsets is behind its decode times.
+UInt64 DisplayEnd(MediaRecord* media) {
+  DisplayView view;
+  return view.Open(media) == noErr ? static_cast<UInt64>(view.end()) : 0;
 }
 
 /// What an insertion plays: the media range, and how long in movie time.
@@ -112,7 +119,9 @@ OSErr InsertMediaIntoTrack(Track track, TimeValue track_start, TimeValue media_t
   if (track_start < -1 || media_time < 0) return invalidTime;
   if (media_duration < 1 || media_rate <= 0) return invalidDuration;
 
-  const UInt64 available = MediaHeaderOf(*track).duration;
+  UInt64 available = MediaHeaderOf(*track).duration;
+  if (UInt64{static_cast<UInt32>(media_time)} + static_cast<UInt32>(media_duration) > available)
+    available = std::max(available, DisplayEnd(track->media.get()));
   Insertion insertion = {static_cast<UInt64>(media_time), static_cast<UInt64>(media_duration), 0,
                          media_rate};
   const UInt64 movie_duration = FullDurationOf(movie);
@@ -133,6 +142,5 @@ OSErr InsertMediaIntoTrack(Track track, TimeValue track_start, TimeValue media_t
   const std::size_t place = OpenAt(start, scales, &edits);
   const std::vector<EditRecord> added = EditsOfInsertion(insertion, scales);
   edits.insert(edits.begin() + static_cast<std::ptrdiff_t>(place), added.begin(), added.end());
-  WriteEditList(EditListAtom(*track), edits);
-  return static_cast<OSErr>(NoteLength(*track, LengthOf(edits)));
+  return static_cast<OSErr>(StoreEdits(*track, edits));
 }

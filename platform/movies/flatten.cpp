@@ -14,6 +14,7 @@
 #include "file_references.h"
 #include "finder_information.h"
 #include "flatten_plan.h"
+#include "movie_file_writer.h"
 #include "output_file.h"
 #include "replacement_guard.h"
 #include "toolbox_records.h"
@@ -25,7 +26,6 @@ namespace {
 /// The bytes between the last kept atom and the media data: an empty `wide` and the header of
 /// `mdat`, or one header with a 64-bit size.
 constexpr UInt64 kMediaHeaderSize = 16;
-constexpr UInt32 kQuickTimeVersion = 0x20050300;
 constexpr UInt64 kMaximum32 = std::numeric_limits<UInt32>::max();
 
 /// What stands in the output before its media data: file type, movie, kept atoms.
@@ -33,11 +33,6 @@ struct OutputHead {
   Atom movie{"moov"_4cc};
   UInt64 size = 0;  ///< in bytes, the header of the media data included
 };
-
-void AppendFileType(std::vector<UInt8>* out) {
-  for (const UInt32 field : {UInt32{20}, "ftyp"_4cc, "qt  "_4cc, kQuickTimeVersion, "qt  "_4cc})
-    AppendU32(out, field);
-}
 
 std::vector<UInt8> MakeMediaHeader(UInt64 media_size) {
   std::vector<UInt8> bytes;
@@ -167,7 +162,8 @@ OSStatus RemoveOlderOutput(const MovieRecord& movie, const FlattenPlan& plan,
              source->identity().inode == information.st_ino;
     };
     const std::vector<std::shared_ptr<DataSource>> referenced = ReferencedSources(movie);
-    if (is_same(movie.source) || std::any_of(plan.sources.begin(), plan.sources.end(), is_same) ||
+    if ((movie.source && is_same(movie.source)) ||
+        std::any_of(plan.sources.begin(), plan.sources.end(), is_same) ||
         std::any_of(referenced.begin(), referenced.end(), is_same)) {
       return dupFNErr;
     }

@@ -18,34 +18,6 @@ Atom* GraphicsAtom(MediaRecord* media) {
   return trak.FindPath({"mdia"_4cc, "minf"_4cc, "gmhd"_4cc, "gmin"_4cc});
 }
 
-/// A sample's duration in full: that of a movie longer than a TimeValue can say is cut only where
-/// the sample table's 32 bits end.
-UInt32 FullSampleDuration(const MediaRecord& media, TimeValue duration) {
-  const UInt64 of_movie = FullDurationOf(*media.track->movie);
-  const bool is_whole_movie =
-      duration == kLongestTimeValue && of_movie > kLongestTimeValue &&
-      MediaHeaderOf(*media.track).time_scale == MovieHeaderOf(*media.track->movie).time_scale;
-  if (!is_whole_movie) return static_cast<UInt32>(duration);
-  return static_cast<UInt32>(std::min<UInt64>(of_movie, std::numeric_limits<UInt32>::max()));
-}
-
-/// The index of a description in `stsd`, from 1; it is appended if it is not there yet.
-UInt32 DescriptionIndex(Atom* stsd, Atom entry) {
-  std::vector<UInt8> wanted;
-  entry.Write(&wanted);
-  const std::vector<Atom>& present = stsd->children();
-  for (std::size_t i = 0; i < present.size(); ++i) {
-    std::vector<UInt8> bytes;
-    present[i].Write(&bytes);
-    if (bytes == wanted) return static_cast<UInt32>(i + 1);
-  }
-  stsd->Add(std::move(entry));
-  const auto count = static_cast<UInt32>(stsd->children().size());
-  stsd->mutable_payload()[7] = static_cast<UInt8>(count);
-  stsd->mutable_payload()[6] = static_cast<UInt8>(count >> 8);
-  return count;
-}
-
 }  // namespace
 
 Media NewTrackMedia(Track track, OSType media_type, TimeScale time_scale, Handle data_reference,
@@ -58,7 +30,6 @@ Media NewTrackMedia(Track track, OSType media_type, TimeScale time_scale, Handle
   if (track->media || time_scale < 1) return fail(track->media ? invalidTrack : paramErr);
   auto media = std::make_unique<MediaRecord>();
   media->track = track;
-  media->new_samples = std::make_unique<NewSamples>();
   std::vector<UInt8> reference;
   if (data_reference != nullptr) {
     std::filesystem::path path;
@@ -66,8 +37,10 @@ Media NewTrackMedia(Track track, OSType media_type, TimeScale time_scale, Handle
     if (status != noErr) return fail(status);
     const auto* bytes = reinterpret_cast<const UInt8*>(*data_reference);
     reference.assign(bytes, bytes + GetHandleSize(data_reference));
+    media->given.push_back({path, nullptr});
     // A file that can't be opened now fails the flatten, not the making of the media.
-    if (OpenDataSource(path, &media->given_source) != noErr) media->given_source = nullptr;
+    if (OpenDataSource(path, &media->given.front().source) != noErr)
+      media->given.front().source = nullptr;
   }
   const HeaderTimes times = TimesOf(*track->movie->file.movie->Find("mvhd"_4cc));
   TrackAtom(*track).Add(
@@ -137,44 +110,5 @@ OSErr MediaGetGraphicsMode(MediaHandler handler, SInt32* mode, RGBColor* op_colo
   if (atom == nullptr || !ReadGraphics(*atom, &graphics)) return invalidHandler;
   if (mode != nullptr) *mode = graphics.mode;
   if (op_color != nullptr) *op_color = graphics.op_color;
-  return noErr;
-}
-
-OSErr AddMediaSampleReference(Media media, SInt64 offset, UInt32 size,
-                              TimeValue duration_per_sample, SampleDescriptionHandle description,
-                              SInt32 sample_count, SInt16 sample_flags, TimeValue* sample_time) {
-  if (media == nullptr || !media->new_samples) return invalidMedia;
-  if (duration_per_sample < 1) return invalidDuration;
-  if (description == nullptr) return nilHandleErr;
-  if (offset < 0 || sample_count < 1) return paramErr;
-  Atom* stbl = SampleTableAtom(*media->track);
-  Atom* stsd = stbl != nullptr ? stbl->Find("stsd"_4cc) : nullptr;
-  Atom* mdhd = TrackAtom(*media->track).FindPath({"mdia"_4cc, "mdhd"_4cc});
-  if (stsd == nullptr || mdhd == nullptr) return invalidMedia;
-
-  const std::span record(reinterpret_cast<const UInt8*>(*description),
-                         static_cast<std::size_t>(GetHandleSize(description)));
-  Atom entry(0);
-  OSStatus status = MakeDescriptionAtom(record, MediaTypeOf(*media->track), &entry);
-  if (status != noErr) return static_cast<OSErr>(status);
-  if (!SetDataReferenceOfDescription(&entry, 1)) return badImageDescription;
-
-  const UInt64 start = media->new_samples->duration();
-  const UInt32 duration = FullSampleDuration(*media, duration_per_sample);
-  if (!SetMediaDuration(mdhd, start + UInt64{duration} * static_cast<UInt32>(sample_count))) {
-    return invalidDuration;
-  }
-  constexpr SInt16 kNotSync = 1;
-  status = media->new_samples->Add(
-      static_cast<UInt64>(offset), size, duration, DescriptionIndex(stsd, std::move(entry)),
-      static_cast<UInt32>(sample_count), (sample_flags & kNotSync) == 0);
-  if (status != noErr) {
-    SetMediaDuration(mdhd, start);
-    return static_cast<OSErr>(status);
-  }
-  media->table.reset();
-  if (sample_time != nullptr) {
-    *sample_time = static_cast<TimeValue>(std::min<UInt64>(start, kLongestTimeValue));
-  }
   return noErr;
 }

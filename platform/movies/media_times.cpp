@@ -3,11 +3,8 @@
 #include "media_times.h"
 
 #include <algorithm>
-#include <cstring>
-#include <limits>
 
 #include "media_steps.h"
-#include "sample_descriptions.h"
 #include "toolbox_records.h"
 
 using namespace quillmere::movies;
@@ -30,21 +27,6 @@ const SampleTable* TableOf(Media media) {
   return table;
 }
 
-/// Copies a description of the media into a handle.
-OSStatus CopyDescription(Media media, UInt32 index, Handle handle) {
-  const Atom* stbl = SampleTableAtom(*media->track);
-  const Atom* stsd = stbl != nullptr ? stbl->Find("stsd"_4cc) : nullptr;
-  if (stsd == nullptr || index == 0 || index > stsd->children().size()) return badImageDescription;
-  std::vector<UInt8> record;
-  const OSStatus status =
-      MakeDescriptionRecord(stsd->children()[index - 1], MediaTypeOf(*media->track), &record);
-  if (status != noErr) return status;
-  SetHandleSize(handle, static_cast<Size>(record.size()));
-  if (MemError() != noErr) return MemError();
-  std::memcpy(*handle, record.data(), record.size());
-  return noErr;
-}
-
 /// Stores a sample's times; false if there is none of that number.
 bool StoreTimes(const SampleTable& table, UInt64 sample, TimeValue* begin, TimeValue* duration) {
   SInt64 sample_begin = 0;
@@ -53,18 +35,6 @@ bool StoreTimes(const SampleTable& table, UInt64 sample, TimeValue* begin, TimeV
   Store(begin, ToTimeValue(sample_begin));
   Store(duration, ToTimeValue(sample_duration));
   return true;
-}
-
-SampleReference64Record MakeReference(const SampleInfo& first, UInt64 count, UInt64 size) {
-  constexpr UInt64 kMost = std::numeric_limits<UInt32>::max();
-  // Runs longer than the record's 32 bits can say go on in the next one.
-  if (size > kMost) {
-    count = std::max<UInt64>(kMost / std::max<UInt64>(first.size, 1), 1);
-    size = std::min(count * first.size, kMost);
-  }
-  return {static_cast<SInt64>(first.offset), static_cast<UInt32>(size), ToTimeValue(first.duration),
-          static_cast<UInt32>(std::min(count, kMost)),
-          first.is_sync ? SInt16{0} : mediaSampleNotSync};
 }
 
 }  // namespace
@@ -134,36 +104,5 @@ OSErr GetMediaDataSize64(Media media, TimeValue start, TimeValue duration, SInt6
   const auto last = table->SampleAtTime(end - 1);
   if (first && last && *last >= *first)
     Store(size, static_cast<SInt64>(table->SizeOfSamples(*first, *last - *first + 1)));
-  return noErr;
-}
-
-OSErr GetMediaSampleReferences64(Media media, TimeValue time, TimeValue* sample_time,
-                                 SampleDescriptionHandle description, SInt32* description_index,
-                                 SInt32 most, SInt32* count, SampleReference64Record* references) {
-  Store(count, 0);
-  const auto fail = [](OSStatus status) { return static_cast<OSErr>(NoteStatus(status)); };
-  const SampleTable* table = TableOf(media);
-  if (table == nullptr) return GetMoviesError();
-  if (most < 0 || (most > 0 && references == nullptr)) return fail(paramErr);
-  const auto first = table->SampleAtTime(time);
-  SampleInfo start = {};
-  if (!first || !table->SampleAt(*first, &start)) return fail(invalidTime);
-  const OSStatus status =
-      description != nullptr ? CopyDescription(media, start.description, description) : noErr;
-  if (status != noErr) return fail(status);
-  SInt32 made = 0;
-  for (UInt64 sample = *first; made < most; ++made) {
-    SampleInfo info = {};
-    UInt64 samples = 0;
-    UInt64 size = 0;
-    if (!table->RunAt(sample, &info, &samples, &size) || info.description != start.description)
-      break;
-    references[made] = MakeReference(info, samples, size);
-    sample += references[made].numberOfSamples;
-  }
-  Store(sample_time, ToTimeValue(start.decode_time));
-  Store(description_index, static_cast<SInt32>(start.description));
-  Store(count, made);
-  NoteStatus(noErr);
   return noErr;
 }

@@ -21,25 +21,37 @@ void ClearMoviesStickyError();
 /// edit and beyond the edits.
 TimeValue TrackTimeToMediaTime(TimeValue time, Track track);
 
-/// What GetTrackNextInterestingTime and GetMediaNextInterestingTime look for; exactly one of the
-/// first three.
+/// The same in full width.
+TimeValue64 TrackTimeToMediaDisplayTime(TimeValue64 time, Track track);
+
+/// What the functions below look for; exactly one of the first five.
 inline constexpr SInt16 nextTimeMediaSample = 1;  ///< a sample
 /// A run of samples whose bytes follow each other in one file.
 inline constexpr SInt16 nextTimeMediaEdit = 2;
 inline constexpr SInt16 nextTimeTrackEdit = 4;    ///< an edit of the track, empty ones too
+inline constexpr SInt16 nextTimeSyncSample = 8;   ///< a sample that needs no other
+inline constexpr SInt16 nextTimeStep = 16;        ///< what a step shows: a sample
 inline constexpr SInt16 nextTimeEdgeOK = 0x4000;  ///< what begins at the given time counts too
 
-/// The first time behind `time` at which what the flags tell begins, and how long it lasts; -1 and
-/// 0 if there is none. A sample begins at the first time that TrackTimeToMediaTime maps into or
-/// behind it; one that an edit shows from its middle begins with the edit, and ends with it.
-/// invalidTime for a negative time, paramErr for other flags or a `rate` that isn't above 0: the
-/// search goes forward.
+/// The first time behind `time` at which what the flags tell begins, or with a negative `rate` the
+/// last one before it, and how long it lasts; -1 and 0 if there is none. Samples come in the order
+/// in which they are shown. A sample begins at the first time that TrackTimeToMediaTime maps into
+/// or behind it; one that an edit shows from its middle begins with the edit, and ends with it.
+/// invalidTime for a negative time, paramErr for other flags or a `rate` of 0.
 void GetTrackNextInterestingTime(Track track, SInt16 flags, TimeValue time, Fixed rate,
                                  TimeValue* interesting_time, TimeValue* duration);
 
+/// The same over the enabled tracks of a movie whose media is of one of the types or has such a
+/// characteristic (`eyes`, `ears`); all of them for no types. What begins in one track ends where
+/// something begins in another.
+void GetMovieNextInterestingTime(Movie movie, SInt16 flags, SInt16 type_count, const OSType* types,
+                                 TimeValue time, Fixed rate, TimeValue* interesting_time,
+                                 TimeValue* duration);
+
 // --- Media ---------------------------------------------------------------------------------------
 
-/// The same in a media, which has no track edits.
+/// The same in a media, which has no track edits, in the order of decoding: samples and runs,
+/// forward only.
 void GetMediaNextInterestingTime(Media media, SInt16 flags, TimeValue time, Fixed rate,
                                  TimeValue* interesting_time, TimeValue* duration);
 
@@ -51,6 +63,24 @@ void MediaTimeToSampleNum(Media media, TimeValue time, SInt32* number, TimeValue
 /// The begin and duration of a sample; -1 and 0, with paramErr, if there is none of that number.
 void SampleNumToMediaTime(Media media, SInt32 number, TimeValue* sample_time,
                           TimeValue* sample_duration);
+
+/// The media's samples by display time: when the first one is shown, how long all are, and the sum
+/// of all decode durations.
+TimeValue64 GetMediaDisplayStartTime(Media media);
+TimeValue64 GetMediaDisplayDuration(Media media);
+TimeValue64 GetMediaDecodeDuration(Media media);
+/// The begin and duration of a sample by display time; -1 and 0, with paramErr, if there is none of
+/// that number.
+void SampleNumToMediaDisplayTime(Media media, SInt32 number, TimeValue64* sample_time,
+                                 TimeValue64* sample_duration);
+/// GetTrackNextInterestingTime in a media by display time: samples, sync samples and steps.
+void GetMediaNextInterestingDisplayTime(Media media, SInt16 flags, TimeValue64 time, Fixed rate,
+                                        TimeValue64* interesting_time, TimeValue64* duration);
+/// The next step of a media, by display time, from a time on; -1 if there is none.
+OSErr MediaGetNextStepTime(MediaHandler handler, SInt16 flags, TimeValue time, TimeValue* next_time,
+                           Fixed rate);
+/// The bytes of all samples that begin to be shown within a span of display time.
+OSErr GetMediaDataSizeTime64(Media media, TimeValue64 start, TimeValue64 duration, SInt64* size);
 
 /// The bytes of all samples that `duration` units from `start` on touch; limited to the media.
 OSErr GetMediaDataSize64(Media media, TimeValue start, TimeValue duration, SInt64* size);

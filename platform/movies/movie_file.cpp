@@ -111,16 +111,6 @@ OSStatus CheckStructure(const Atom& movie) {
   return noErr;
 }
 
-OSStatus ReadTopLevel(int descriptor, MovieFile* file) {
-  TopLevelWalk walk(descriptor, file->file_size);
-  TopLevelAtom atom = {};
-  while (walk.Next(&atom)) {
-    if (file->top_level.size() == kMaximumTopLevelAtoms) return invalidMovie;
-    file->top_level.push_back(atom);
-  }
-  return walk.status();
-}
-
 OSStatus ReadMovieAtom(int descriptor, MovieFile* file) {
   const auto place = std::find_if(file->top_level.begin(), file->top_level.end(),
                                   [](const TopLevelAtom& atom) { return atom.type == "moov"_4cc; });
@@ -213,6 +203,17 @@ OSStatus SizeOfFile(int descriptor, UInt64* size) {
 
 }  // namespace
 
+OSStatus ReadTopLevelAtoms(int file_descriptor, UInt64 file_size,
+                           std::vector<TopLevelAtom>* atoms) {
+  TopLevelWalk walk(file_descriptor, file_size);
+  TopLevelAtom atom = {};
+  while (walk.Next(&atom)) {
+    if (atoms->size() == kMaximumTopLevelAtoms) return invalidMovie;
+    atoms->push_back(atom);
+  }
+  return walk.status();
+}
+
 bool LooksLikeMovie(const std::filesystem::path& path) {
   const OpenedFile file(path);
   UInt64 size = 0;
@@ -233,10 +234,21 @@ OSStatus ReadMovieFile(const std::filesystem::path& path, MovieFile* file) {
   return ReadMovieFile(opened.descriptor(), file);
 }
 
+OSStatus ReadMovieBytes(std::shared_ptr<const std::vector<UInt8>> block, MovieFile* file) {
+  *file = MovieFile();
+  OSStatus status = ParseAtom(std::move(block), &file->movie);
+  if (status != noErr) return status;
+  if (file->movie->type() != "moov"_4cc) return noMovieFound;
+  file->movie->set_size_form(SizeForm::k32);
+  if (IsCompressedMovie(*file->movie)) status = InflateMovie(&file->movie);
+  return status == noErr ? CheckStructure(*file->movie) : status;
+}
+
 OSStatus ReadMovieFile(int file_descriptor, MovieFile* file) {
   *file = MovieFile();
   OSStatus status = SizeOfFile(file_descriptor, &file->file_size);
-  if (status == noErr) status = ReadTopLevel(file_descriptor, file);
+  if (status == noErr)
+    status = ReadTopLevelAtoms(file_descriptor, file->file_size, &file->top_level);
   if (status == noErr) status = ReadMovieAtom(file_descriptor, file);
   if (status == noErr) status = ReadKeptAtoms(file_descriptor, file);
   if (status == noErr) status = ReadFragments(file_descriptor, file);

@@ -58,6 +58,9 @@ struct MovieFile {
   bool was_fragmented = false;
 };
 
+/// Lists the top-level atoms of an open file of `file_size` bytes, up to the first bytes that are
+/// none; invalidMovie for more than kMaximumTopLevelAtoms.
+OSStatus ReadTopLevelAtoms(int file_descriptor, UInt64 file_size, std::vector<TopLevelAtom>* atoms);
 /// True when the file's first atoms look like a QuickTime or ISO movie: cheap, reads only headers.
 bool LooksLikeMovie(const std::filesystem::path& path);
 /// Reads everything but the media data. Memory is proportional to the movie atom. A file without
@@ -66,6 +69,9 @@ bool LooksLikeMovie(const std::filesystem::path& path);
 OSStatus ReadMovieFile(const std::filesystem::path& path, MovieFile* file);
 /// The same from an open file descriptor, which stays the caller's.
 OSStatus ReadMovieFile(int file_descriptor, MovieFile* file);
+
+/// The same for a movie that is one `moov` atom in memory.
+OSStatus ReadMovieBytes(std::shared_ptr<const std::vector<UInt8>> block, MovieFile* file);
 
 /// A stretch of the file that is named by an absolute offset somewhere else than in a chunk table.
 struct ForeignOffset {

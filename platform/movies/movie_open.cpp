@@ -32,7 +32,8 @@ OSStatus ReadMovieOrStill(MovieRecord* movie) {
   return MakeStillMovie(info, &movie->file.movie);
 }
 
-/// What every other function takes for granted of an open movie.
+}  // namespace
+
 OSStatus CheckMovie(const MovieRecord& movie) {
   MovieHeader header;
   const Atom* mvhd = movie.file.movie->Find("mvhd"_4cc);
@@ -41,8 +42,6 @@ OSStatus CheckMovie(const MovieRecord& movie) {
   const bool has_scale = header.time_scale > 0 && header.time_scale <= kLongestTimeValue;
   return has_scale ? noErr : OSStatus{invalidMovie};
 }
-
-}  // namespace
 
 OSStatus OpenMovieAt(const std::filesystem::path& path, std::unique_ptr<MovieRecord>* movie) {
   auto opened = std::make_unique<MovieRecord>();

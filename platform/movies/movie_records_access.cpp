@@ -76,19 +76,42 @@ UInt64 FullDurationOf(const MovieRecord& movie) {
   return longest;
 }
 
+namespace {
+
+/// Reads the table from the tree, unless that has been done.
+OSStatus ReadTable(MediaRecord* media, Atom* stbl) {
+  if (media->table) return noErr;
+  auto read = std::make_unique<SampleTable>();
+  const OSStatus status = SampleTable::Read(*stbl, MediaTypeOf(*media->track), read.get());
+  if (status == noErr) media->table = std::move(read);
+  return status;
+}
+
+}  // namespace
+
 OSStatus SampleTableOf(MediaRecord* media, const SampleTable** table) {
   *table = nullptr;
   Atom* stbl = SampleTableAtom(*media->track);
   if (stbl == nullptr) return invalidMedia;
-  if (media->new_samples) media->new_samples->WriteTo(stbl);
-  if (!media->table) {
-    auto read = std::make_unique<SampleTable>();
-    const OSStatus status = SampleTable::Read(*stbl, MediaTypeOf(*media->track), read.get());
-    if (status != noErr) return status;
-    media->table = std::move(read);
+  OSStatus status = ReadTable(media, stbl);
+  if (status == noErr && media->added.sample_count() > 0) {
+    status = media->added.AppendTo(stbl, media->table->sample_count());
+    media->walk.reset();
+    media->display.reset();
+    media->table.reset();
+    if (status == noErr) status = ReadTable(media, stbl);
   }
-  *table = media->table.get();
-  return noErr;
+  if (status == noErr) *table = media->table.get();
+  return status;
+}
+
+OSStatus DurationOfSamples(MediaRecord* media, UInt64* duration) {
+  Atom* stbl = SampleTableAtom(*media->track);
+  if (stbl == nullptr) return invalidMedia;
+  const OSStatus status = ReadTable(media, stbl);
+  if (status == noErr)
+    *duration = static_cast<UInt64>(media->table->duration()) + media->added.duration();
+  return status;
 }
 
 bool EditsOf(const TrackRecord& track, std::vector<EditRecord>* edits) {

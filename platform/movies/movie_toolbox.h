@@ -159,12 +159,6 @@ OSErr MediaSetGraphicsMode(MediaHandler handler, SInt32 mode, const RGBColor* op
 OSErr MediaGetGraphicsMode(MediaHandler handler, SInt32* mode, RGBColor* op_color);
 inline constexpr SInt32 graphicsModeStraightAlpha = 256;
 
-/// Adds `sample_count` samples of `size` bytes each that lie at `offset` in the media's data
-/// reference. `size` is the size of one sample; the description is copied. `sample_time` (may be
-/// null) takes the time of the first. invalidDuration for a duration below 1.
-OSErr AddMediaSampleReference(Media media, SInt64 offset, UInt32 size,
-                              TimeValue duration_per_sample, SampleDescriptionHandle description,
-                              SInt32 sample_count, SInt16 sample_flags, TimeValue* sample_time);
 /// Adds an edit that plays `media_duration` of the media from `media_time` at `track_start`, -1
 /// being the track's end.
 OSErr InsertMediaIntoTrack(Track track, TimeValue track_start, TimeValue media_time,

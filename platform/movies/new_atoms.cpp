@@ -99,6 +99,8 @@ Atom MakeDataInformation(const std::vector<UInt8>& reference) {
   return dinf;
 }
 
+}  // namespace
+
 Atom MakeEmptySampleTable() {
   Atom stbl("stbl"_4cc);
   stbl.Add(MakeEmptyTable("stsd"_4cc, 1));
@@ -108,8 +110,6 @@ Atom MakeEmptySampleTable() {
   stbl.Add(MakeEmptyTable("stco"_4cc, 1));
   return stbl;
 }
-
-}  // namespace
 
 HeaderTimes TimesOf(const Atom& mvhd) {
   const std::span<const UInt8> bytes = mvhd.payload();

@@ -33,6 +33,8 @@ Atom MakeTrackAtom(const HeaderTimes& times, const NewTrackFields& fields);
 /// and flags; empty means the movie's own file.
 Atom MakeMediaAtom(const HeaderTimes& times, OSType media_type, UInt32 time_scale,
                    const std::vector<UInt8>& reference);
+/// `stbl` whose tables have no entries.
+Atom MakeEmptySampleTable();
 /// `moov` with a header and no track.
 Atom MakeMovieAtom(UInt32 time_scale, UInt32 duration);
 

@@ -13,7 +13,6 @@ namespace quillmere::movies {
 namespace {
 
 /// Distances between the marks: look-ups scan at most so many entries.
-constexpr UInt64 kEntriesPerMark = 32;
 constexpr UInt64 kSamplesPerSizeMark = 256;
 constexpr UInt64 kMaximumTime = static_cast<UInt64>(std::numeric_limits<SInt64>::max());
 
@@ -97,7 +96,7 @@ class SampleTableReader {
     UInt64 samples = 0;
     UInt64 time = 0;
     for (UInt64 i = 0; i < table_.times_.count; ++i) {
-      if (i % kEntriesPerMark == 0) {
+      if (i % SampleTable::kEntriesPerMark == 0) {
         table_.time_marks_.push_back({samples, static_cast<SInt64>(time)});
       }
       const UInt64 count = table_.CountOfEntry(i);
@@ -173,7 +172,7 @@ class SampleTableReader {
     if (!FindTable("ctts"_4cc, 8, &table_.compositions_)) return false;
     UInt64 samples = 0;
     for (UInt64 i = 0; i < table_.compositions_.count; ++i) {
-      if (i % kEntriesPerMark == 0) table_.composition_marks_.push_back(samples);
+      if (i % SampleTable::kEntriesPerMark == 0) table_.composition_marks_.push_back(samples);
       samples += ReadU32(table_.compositions_.entries + 8 * i);
     }
     return true;
@@ -323,29 +322,6 @@ bool SampleTable::ChunkAt(UInt64 chunk, ChunkInfo* info) const {
   PlaceChunk(RunOfChunk(chunk), chunk, info);
   info->decode_time = TimeAt(TimeRunOf(info->first_sample), info->first_sample);
   info->size = ChunkSize(*info);
-  return true;
-}
-
-bool SampleTable::RunAt(UInt64 sample, SampleInfo* first, UInt64* count, UInt64* size) const {
-  if (!SampleAt(sample, first)) return false;
-  ChunkInfo chunk = {};
-  PlaceChunk(RunOfChunk(first->chunk), first->chunk, &chunk);
-  const RunPosition time = TimeRunOf(sample);
-  // The last time run goes on where there are more samples than it counts.
-  const bool is_last_time = time.entry + 1 >= times_.count;
-  UInt64 end =
-      std::min(chunk.first_sample + chunk.sample_count,
-               is_last_time ? sample_count_ : time.first_sample + CountOfEntry(time.entry));
-  const bool has_packets = DescriptionOf(first->description).frames_per_packet != 0;
-  if (syncs_.entries != nullptr || (constant_size_ == 0 && !has_packets)) {
-    const UInt64 limit = end;
-    end = sample + 1;
-    while (end < limit && (has_packets || SizeOf(end) == first->size) &&
-           IsSync(end) == first->is_sync)
-      ++end;
-  }
-  *count = end - sample;
-  *size = SizeInChunk(chunk, sample, *count);
   return true;
 }
 

@@ -65,6 +65,7 @@ class SampleTable {
   UInt64 chunk_count() const { return chunk_count_; }
   SInt64 duration() const { return duration_; }  ///< sum of all sample durations, media time units
   UInt64 data_size() const { return data_size_; }  ///< sum of all chunk sizes, bytes
+  bool has_composition_offsets() const { return compositions_.count != 0; }
   std::span<const DescriptionInfo> descriptions() const { return descriptions_; }
 
   /// The sample by number; false outside the table.
@@ -74,9 +75,6 @@ class SampleTable {
   /// Begin and duration of a sample in media time; false if there is none of that number.
   bool TimeOfSample(UInt64 sample, SInt64* begin, SInt64* duration) const;
   bool ChunkAt(UInt64 chunk, ChunkInfo* info) const;
-  /// The samples from `sample` on that are like it, in size, duration and kind, and whose bytes
-  /// follow in its chunk: the first, how many, and the bytes of all; false outside the table.
-  bool RunAt(UInt64 sample, SampleInfo* first, UInt64* count, UInt64* size) const;
   /// The bytes of `count` samples from `first` on, which have to be there; packets that only part
   /// of them are in count whole.
   UInt64 SizeOfSamples(UInt64 first, UInt64 count) const;
@@ -88,9 +86,14 @@ class SampleTable {
   void ForEachChunk(Visit visit) const;
   /// The same walk, a step at a time; the table has to outlive it.
   class ChunkWalk;
+  /// A walk over runs of like samples.
+  class RunWalk;
 
  private:
   friend class SampleTableReader;
+
+  /// So many entries of stts and ctts have one mark.
+  static constexpr UInt64 kEntriesPerMark = 32;
 
   /// A table of equal big-endian records as it stands in the file.
   struct RawTable {
@@ -164,6 +167,44 @@ class SampleTable::ChunkWalk {
   UInt64 chunk_ = 0;
   std::size_t run_ = 0;
   RunPosition time_;
+};
+
+/// Runs of samples that are alike in size, duration, composition offset and kind and whose bytes
+/// follow each other in one chunk. A step takes a few nanoseconds; the table has to outlive the
+/// walk.
+class SampleTable::RunWalk {
+ public:
+  /// Starts at a sample, from 0.
+  RunWalk(const SampleTable& table, UInt64 sample);
+  /// The next run: its first sample, how many, and the bytes of all; false behind the last one.
+  bool Next(SampleInfo* first, UInt64* count, UInt64* size);
+  /// The description of the next run, from 1; 0 if there is none.
+  UInt32 NextDescription();
+  /// The sample and the decode time at which the next run begins.
+  UInt64 sample() const { return sample_; }
+  SInt64 decode_time() const { return decode_time_; }
+
+ private:
+  void EnterChunk();
+  void EnterTimes();
+  void EnterCompositions();
+  UInt64 EndOfSyncRun(UInt64 end, bool* is_sync);
+  UInt64 EndOfSizeRun(UInt64 end) const;
+
+  const SampleTable* table_;
+  UInt64 sample_;
+  SInt64 decode_time_ = 0;
+  UInt64 chunk_number_ = 0;
+  ChunkInfo chunk_ = {};
+  UInt64 chunk_end_ = 0;  ///< the sample behind the chunk, and so on
+  UInt64 offset_ = 0;     ///< of the sample in its file, bytes
+  RunPosition times_;
+  UInt64 times_end_ = 0;
+  SInt64 duration_ = 0;
+  UInt64 composition_entry_ = 0;
+  UInt64 compositions_end_ = 0;
+  SInt32 composition_offset_ = 0;
+  UInt64 sync_entry_ = 0;
 };
 
 template <class Visit>

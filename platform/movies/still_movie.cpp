@@ -62,8 +62,8 @@ OSStatus MakeStillMovie(const imaging::ImageFileInfo& info, std::unique_ptr<Atom
   if (status != noErr) return status;
 
   NewSamples samples;
-  status = samples.Add(info.data_offset, static_cast<UInt32>(info.data_size), kStillDuration, 1, 1,
-                       true);
+  const auto size = static_cast<UInt32>(info.data_size);
+  status = samples.Add({info.data_offset, size, size, 1, kStillDuration, 0, 1, true});
   if (status != noErr) return status;
 
   auto moov = std::make_unique<Atom>(MakeMovieAtom(kStillTimeScale, kStillDuration));
@@ -83,7 +83,8 @@ OSStatus MakeStillMovie(const imaging::ImageFileInfo& info, std::unique_ptr<Atom
   Atom* stsd = stbl->Find("stsd"_4cc);
   stsd->Add(std::move(entry));
   stsd->mutable_payload()[7] = 1;
-  samples.WriteTo(stbl);
+  status = samples.AppendTo(stbl, 0);
+  if (status != noErr) return status;
   trak.Add(std::move(mdia));
   moov->Add(std::move(trak));
   SetNextTrackId(moov->Find("mvhd"_4cc), 2);

@@ -13,11 +13,23 @@
 
 #include "atom.h"
 #include "data_source.h"
+#include "display_order.h"
 #include "movie_file.h"
+#include "movie_file_writer.h"
 #include "movie_records.h"
 #include "movie_toolbox.h"
 #include "new_samples.h"
 #include "sample_table.h"
+
+namespace quillmere::movies {
+
+/// A file that a data reference names; empty and null for one that was read with the movie.
+struct GivenReference {
+  std::filesystem::path path;
+  mutable std::shared_ptr<DataSource> source;  ///< when it has been opened
+};
+
+}  // namespace quillmere::movies
 
 /// Whose user data it is: the media's, else the track's, else the movie's.
 struct UserDataRecord {
@@ -28,13 +40,18 @@ struct UserDataRecord {
 
 struct MediaRecord {
   TrackRecord* track = nullptr;
-  /// Samples added to a media that NewTrackMedia made; null for media read from a file.
-  std::unique_ptr<quillmere::movies::NewSamples> new_samples;
-  /// The file of data reference 1 of a media that NewTrackMedia made. The program named it, so it
-  /// may lie anywhere; null when it can't be opened.
-  std::shared_ptr<quillmere::movies::DataSource> given_source;
-  /// The sample table as it was last read from the tree.
+  /// Samples that have been added but are not in the tree yet.
+  quillmere::movies::NewSamples added;
+  /// The files of the media's first data references that the program named, which may lie anywhere.
+  std::vector<quillmere::movies::GivenReference> given;
+  /// The sample table as it was last read from the tree, a walk over it that may go on, and its
+  /// samples in the order in which they are shown, when that has been asked for.
   std::unique_ptr<quillmere::movies::SampleTable> table;
+  std::optional<quillmere::movies::SampleTable::RunWalk> walk;
+  std::unique_ptr<quillmere::movies::DisplayOrder> display;
+  /// Where data is added, while BeginMediaEdits has been called more often than EndMediaEdits.
+  std::shared_ptr<quillmere::movies::MediaDataWriter> writer;
+  int edits = 0;
   std::unique_ptr<UserDataRecord> user_data;  ///< when it has been asked for
 };
 
@@ -47,13 +64,16 @@ struct TrackRecord {
 };
 
 struct MovieRecord {
-  std::filesystem::path path;
+  std::filesystem::path path;  ///< empty, and the source null, for one that isn't in a file
   std::shared_ptr<quillmere::movies::DataSource> source;
+  bool trusts_references = false;     ///< data references may name files anywhere
   quillmere::movies::MovieFile file;  ///< its `movie` is the tree
   std::vector<std::unique_ptr<TrackRecord>> tracks;
   std::unique_ptr<UserDataRecord> user_data;
   bool active = false;
   SInt64 time = 0;  ///< movie time units
+  TimeValue selection_time = 0;
+  TimeValue selection_duration = 0;
   OSType aperture_mode = "clas"_4cc;
   MovieProgressProcPtr progress = nullptr;
   SInt64 progress_constant = 0;
@@ -72,6 +92,8 @@ Atom& TrackAtom(const TrackRecord& track);
 Atom* SampleTableAtom(const TrackRecord& track);
 /// Handler type of the track's media; 0 if it has none.
 OSType MediaTypeOf(const TrackRecord& track);
+/// Whether the track's media has a characteristic: `eyes`, `ears` and others.
+bool HasCharacteristic(const TrackRecord& track, OSType characteristic);
 /// The header of the track or of its media; all zero when the atom is missing or damaged.
 TrackHeader TrackHeaderOf(const TrackRecord& track);
 MediaHeader MediaHeaderOf(const TrackRecord& track);
@@ -85,6 +107,12 @@ inline constexpr TimeValue kLongestTimeValue = 0x7FFFFFFF;
 /// The sample table of a media, its new samples included; null and a status if it does not hold
 /// together.
 OSStatus SampleTableOf(MediaRecord* media, const SampleTable** table);
+/// The duration of all samples, added ones included, in media time units.
+OSStatus DurationOfSamples(MediaRecord* media, UInt64* duration);
+/// The index, from 1, of a description among those of a media; it is appended if it isn't there.
+OSStatus AddDescription(MediaRecord* media, Atom entry, UInt32* index);
+/// Gives the media's header the duration of all samples.
+OSStatus NoteMediaDuration(MediaRecord* media);
 /// The edits of a track; a track without an edit list plays its whole media once.
 bool EditsOf(const TrackRecord& track, std::vector<EditRecord>* edits);
 
@@ -119,6 +147,8 @@ OSStatus StoreProperty(const T& property, Size size, void* value, Size* size_use
 void FindTrackAtoms(MovieRecord* movie);
 /// Makes the track records of a movie whose tree has been set.
 void MakeTrackRecords(MovieRecord* movie);
+/// Whether a movie has what every other function takes for granted.
+OSStatus CheckMovie(const MovieRecord& movie);
 /// Opens a movie or still from a path.
 OSStatus OpenMovieAt(const std::filesystem::path& path, std::unique_ptr<MovieRecord>* movie);
 }  // namespace quillmere::movies

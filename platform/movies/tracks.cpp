@@ -27,23 +27,6 @@ UInt32 FreeTrackId(const MovieRecord& movie) {
   return id;
 }
 
-bool HasCharacteristic(const TrackRecord& track, OSType characteristic) {
-  if (characteristic == "eyes"_4cc) return IsVisual(track);
-  struct Characteristic {
-    OSType characteristic;
-    OSType media;
-  };
-  constexpr Characteristic kCharacteristics[] = {
-      {"ears"_4cc, "soun"_4cc}, {"ears"_4cc, "musi"_4cc}, {"actn"_4cc, "sprt"_4cc},
-      {"actn"_4cc, "flsh"_4cc}, {"nonl"_4cc, "qtvr"_4cc}, {"skin"_4cc, "skin"_4cc},
-      {"step"_4cc, "vide"_4cc}, {"keyf"_4cc, "vide"_4cc}, {"keyf"_4cc, "sprt"_4cc},
-      {"apmd"_4cc, "vide"_4cc}};
-  const OSType type = MediaTypeOf(track);
-  return std::ranges::any_of(kCharacteristics, [&](const Characteristic& row) {
-    return row.characteristic == characteristic && row.media == type;
-  });
-}
-
 /// Puts a `trak` behind the last one, so that the order of the others' tracks and of what follows
 /// stays.
 void InsertTrackAtom(Atom* moov, Atom trak) {
@@ -66,6 +49,27 @@ TimeValue NarrowTime(UInt64 time) {
 }
 
 }  // namespace
+
+namespace quillmere::movies {
+
+bool HasCharacteristic(const TrackRecord& track, OSType characteristic) {
+  if (characteristic == "eyes"_4cc) return IsVisual(track);
+  struct Characteristic {
+    OSType characteristic;
+    OSType media;
+  };
+  constexpr Characteristic kCharacteristics[] = {
+      {"ears"_4cc, "soun"_4cc}, {"ears"_4cc, "musi"_4cc}, {"actn"_4cc, "sprt"_4cc},
+      {"actn"_4cc, "flsh"_4cc}, {"nonl"_4cc, "qtvr"_4cc}, {"skin"_4cc, "skin"_4cc},
+      {"step"_4cc, "vide"_4cc}, {"keyf"_4cc, "vide"_4cc}, {"keyf"_4cc, "sprt"_4cc},
+      {"apmd"_4cc, "vide"_4cc}};
+  const OSType type = MediaTypeOf(track);
+  return std::ranges::any_of(kCharacteristics, [&](const Characteristic& row) {
+    return row.characteristic == characteristic && row.media == type;
+  });
+}
+
+}  // namespace quillmere::movies
 
 Track NewMovieTrack(Movie movie, Fixed width, Fixed height, SInt16 volume) {
   if (movie == nullptr) {

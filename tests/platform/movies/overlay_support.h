@@ -8,6 +8,7 @@
 #include "cf_strings.h"
 #include "file_references.h"
 #include "fixed_point.h"
+#include "media_editing.h"
 #include "movie_toolbox.h"
 #include "reference_counted.h"
 #include "test_files.h"

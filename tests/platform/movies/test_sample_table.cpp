@@ -172,13 +172,18 @@ TEST(SampleTable, LookUpsAgreeWithSumsFromTheStart) {
   sizes.U32(0).U32(0).U32(kSamples);
   for (UInt32 i = 0; i < kSamples; ++i) {
     times.U32(1).U32(i % 7);
-    sizes.U32(1 + i * 37 % 1001);
+    sizes.U32(1 + i / 2 * 37 % 1001);
   }
+  ByteWriter compositions;
+  compositions.U32(0).U32(kSamples / 4);
+  for (UInt32 i = 0; i < kSamples / 4; ++i)
+    compositions.U32(3).U32(i % 5);
   const Bytes stbl =
       Concatenate({Descriptions({MakeAtom("mp4v", ByteWriter().Zeros(6).U16(1).bytes)}),
                    MakeAtom("stts", times.bytes), MakeAtom("stsz", sizes.bytes),
                    Table("stsc", {1, 0, 1, 2, 12345, 1, 3, 0, 1, 4, 9999, 1}, 3),
-                   Table("stco", {1, 2, 3, 50000000}, 1)});
+                   Table("stco", {1, 2, 3, 50000000}, 1), MakeAtom("ctts", compositions.bytes),
+                   Table("stss", {1, 2, 3, 100, 12341, kSamples}, 1)});
   SampleTable table;
   ASSERT_EQ(ReadTables(stbl, "vide"_4cc, &table), noErr);
   SInt64 time = 0;
@@ -199,9 +204,23 @@ TEST(SampleTable, LookUpsAgreeWithSumsFromTheStart) {
   SampleInfo last = {};
   UInt64 count = 0;
   UInt64 size = 0;
-  ASSERT_TRUE(table.RunAt(kSamples - 1, &last, &count, &size));
-  EXPECT_EQ(count, 1U);
-  EXPECT_EQ(size, last.size);
+  for (const UInt64 start : {UInt64{0}, UInt64{12340}, UInt64{kSamples - 1}}) {
+    SampleTable::RunWalk walk(table, start);
+    UInt64 next = start;
+    while (walk.Next(&last, &count, &size)) {
+      for (UInt64 i = 0; i < count; ++i, ++next) {
+        SampleInfo sample = {};
+        ASSERT_TRUE(table.SampleAt(next, &sample));
+        ASSERT_EQ(sample.offset, last.offset + i * last.size);
+        ASSERT_EQ(sample.size, last.size);
+        ASSERT_EQ(sample.decode_time, last.decode_time + static_cast<SInt64>(i) * last.duration);
+        ASSERT_EQ(sample.composition_offset, last.composition_offset);
+        ASSERT_EQ(sample.is_sync, last.is_sync);
+      }
+      ASSERT_EQ(size, count * last.size);
+    }
+    EXPECT_EQ(next, kSamples);
+  }
   EXPECT_EQ(table.SizeOfSamples(0, kSamples), table.data_size());
 }
 

@@ -13,6 +13,7 @@
 #include "QT_Movie_File.h"
 #include "QT_Movie_Info.h"
 #include "file_objects.h"
+#include "media_editing.h"
 #include "media_times.h"
 #include "movie_model.h"
 #include "test_files.h"
