@@ -30,11 +30,11 @@ constexpr ContainerRule kContainers[] = {
     {"matt"_4cc, "trak"_4cc, 0}, {"edts"_4cc, "trak"_4cc, 0}, {"tref"_4cc, "trak"_4cc, 0},
     {"tapt"_4cc, "trak"_4cc, 0}, {"mdia"_4cc, "trak"_4cc, 0}, {"minf"_4cc, "mdia"_4cc, 0},
     {"gmhd"_4cc, "minf"_4cc, 0}, {"dinf"_4cc, "minf"_4cc, 0}, {"stbl"_4cc, "minf"_4cc, 0},
-    {"dinf"_4cc, "meta"_4cc, 0}, {"dref"_4cc, "dinf"_4cc, 8}, {"stsd"_4cc, "stbl"_4cc, 8},
-    {"moof"_4cc, kAnywhere, 0},  {"traf"_4cc, "moof"_4cc, 0}, {"mfra"_4cc, kAnywhere, 0},
-    {"udta"_4cc, "moov"_4cc, 0}, {"udta"_4cc, "trak"_4cc, 0}, {"udta"_4cc, "mdia"_4cc, 0},
-    {"udta"_4cc, kAnywhere, 0},  {"meta"_4cc, "moov"_4cc, 0}, {"meta"_4cc, "trak"_4cc, 0},
-    {"meta"_4cc, "udta"_4cc, 0}, {"meta"_4cc, kAnywhere, 0},
+    {"meta"_4cc, "mdia"_4cc, 0}, {"dinf"_4cc, "meta"_4cc, 0}, {"dref"_4cc, "dinf"_4cc, 8},
+    {"stsd"_4cc, "stbl"_4cc, 8}, {"moof"_4cc, kAnywhere, 0},  {"traf"_4cc, "moof"_4cc, 0},
+    {"mfra"_4cc, kAnywhere, 0},  {"udta"_4cc, "moov"_4cc, 0}, {"udta"_4cc, "trak"_4cc, 0},
+    {"udta"_4cc, "mdia"_4cc, 0}, {"udta"_4cc, kAnywhere, 0},  {"meta"_4cc, "moov"_4cc, 0},
+    {"meta"_4cc, "trak"_4cc, 0}, {"meta"_4cc, "udta"_4cc, 0}, {"meta"_4cc, kAnywhere, 0},
 };
 
 /// `meta` is a full atom in ISO files and a plain container in QuickTime files: what stands where

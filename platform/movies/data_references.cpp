@@ -165,6 +165,17 @@ std::vector<UInt8> MakeAliasRecord(const fs::path& path) {
   return record;
 }
 
+std::vector<UInt8> AliasRecordOf(const fs::path& path) {
+  FSRef file{};
+  Handle alias = nullptr;
+  if (files::ReferenceOf(path, &file) != noErr || FSNewAlias(nullptr, &file, &alias) != noErr)
+    return MakeAliasRecord(path);
+  const auto* bytes = reinterpret_cast<const UInt8*>(*alias);
+  std::vector<UInt8> record(bytes, bytes + GetHandleSize(alias));
+  DisposeHandle(alias);
+  return record;
+}
+
 OSStatus PathOfDataReference(Handle reference, OSType type, fs::path* path) {
   if (reference == nullptr || type != "alis"_4cc) return invalidDataRef;
   FSRef target;

@@ -17,6 +17,8 @@ namespace quillmere::movies {
 OSStatus PathOfDataReference(Handle reference, OSType type, std::filesystem::path* path);
 /// An alias record of a path that need not exist: name, POSIX path and mount point.
 std::vector<UInt8> MakeAliasRecord(const std::filesystem::path& path);
+/// The same with all that identifies the file, if it exists.
+std::vector<UInt8> AliasRecordOf(const std::filesystem::path& path);
 
 /// Whether two paths, either of which may be empty, name one file.
 bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);

@@ -52,7 +52,7 @@ OSStatus FindOrAddReference(const MediaRecord& source, UInt16 source_index, Medi
   }
   Atom entry("alis"_4cc);
   std::vector<UInt8> bytes(4);
-  const std::vector<UInt8> alias = MakeAliasRecord(wanted);
+  const std::vector<UInt8> alias = AliasRecordOf(wanted);
   bytes.insert(bytes.end(), alias.begin(), alias.end());
   entry.set_payload(std::move(bytes));
   return AddReference(media, std::move(entry), wanted, index);
@@ -86,7 +86,7 @@ OSErr GetMediaDataRef(Media media, SInt16 index, Handle* data_reference, OSType*
     *attributes = (is_self ? dataRefSelfReference : 0) | (is_found ? 0 : dataRefWasNotResolved);
   if (data_reference == nullptr) return Note(noErr);
   const std::vector<UInt8> bytes =
-      reference.is_self ? MakeAliasRecord(own)
+      reference.is_self ? AliasRecordOf(own)
                         : std::vector<UInt8>(reference.data.begin(), reference.data.end());
   return Note(PtrToHand(bytes.data(), data_reference, static_cast<Size>(bytes.size())));
 }

@@ -116,8 +116,13 @@ namespace quillmere::movies {
 OSStatus AddDescription(MediaRecord* media, Atom entry, UInt32* index) {
   constexpr std::size_t kMost = 0xFFFF;
   Atom* stbl = SampleTableAtom(*media->track);
-  Atom* stsd = stbl != nullptr ? stbl->Find("stsd"_4cc) : nullptr;
-  if (stsd == nullptr || stsd->payload().size() < 8) return invalidMedia;
+  if (stbl == nullptr) return invalidMedia;
+  Atom* stsd = stbl->Find("stsd"_4cc);
+  if (stsd == nullptr) {
+    stsd = &stbl->Insert(0, Atom("stsd"_4cc));
+    stsd->set_payload(std::vector<UInt8>(8));
+  }
+  if (stsd->payload().size() < 8) return invalidMedia;
   std::vector<UInt8> wanted;
   entry.Write(&wanted);
   const std::vector<Atom>& present = stsd->children();

@@ -16,6 +16,7 @@
 #include "finder_information.h"
 #include "new_atoms.h"
 #include "replacement_guard.h"
+#include "resources.h"
 #include "toolbox_records.h"
 
 struct DataHandlerRecord {
@@ -55,10 +56,19 @@ void PointEntry(const MediaRecord& media, UInt16 index, const fs::path& own, Ato
   }
   if (!is_self && !own.empty() && IsSameFile(media.track->movie->path, own)) return;
   std::vector<UInt8> bytes(4);
-  const std::vector<UInt8> alias = MakeAliasRecord(path);
+  const std::vector<UInt8> alias = AliasRecordOf(path);
   bytes.insert(bytes.end(), alias.begin(), alias.end());
   entry->set_type("alis"_4cc);
   entry->set_payload(std::move(bytes));
+}
+
+/// A media without samples may have no descriptions either; other programs refuse a table of them
+/// that is empty, but not one that is missing.
+void DropEmptyDescriptions(Atom* trak) {
+  Atom* stbl = trak->FindPath({"mdia"_4cc, "minf"_4cc, "stbl"_4cc});
+  const Atom* stsd = stbl != nullptr ? stbl->Find("stsd"_4cc) : nullptr;
+  if (stsd != nullptr && stsd->children().empty() && stsd->payload().size() <= 8)
+    stbl->Remove("stsd"_4cc);
 }
 
 /// The bytes of a movie for a file, or for a handle where the path is empty.
@@ -72,6 +82,7 @@ OSStatus MovieBytes(Movie movie, const fs::path& own, std::vector<UInt8>* bytes)
   Atom moov = *movie->file.movie;
   for (const auto& track : movie->tracks) {
     Atom& trak = moov.children()[track->child];
+    DropEmptyDescriptions(&trak);
     Atom* dref = trak.FindPath({"mdia"_4cc, "minf"_4cc, "dinf"_4cc, "dref"_4cc});
     if (dref == nullptr || !track->media) continue;
     for (std::size_t i = 0; i < dref->children().size(); ++i)
@@ -253,6 +264,11 @@ OSErr AddMovieToStorage(Movie movie, DataHandler handler) {
 
 OSErr UpdateMovieInStorage(Movie movie, DataHandler handler) {
   return Note(StoreMovie(movie, handler));
+}
+
+OSErr CloseMovieFile(SInt16 resource_file) {
+  CloseResFile(resource_file);
+  return Note(ResError());
 }
 
 OSErr DeleteMovieStorage(Handle data_reference, OSType type) {

@@ -48,5 +48,7 @@ OSErr CloseMovieStorage(DataHandler handler);
 /// can't be replaced in place, and when samples don't fit together.
 OSErr AddMovieToStorage(Movie movie, DataHandler handler);
 OSErr UpdateMovieInStorage(Movie movie, DataHandler handler);
+/// Closes the resource file of a movie.
+OSErr CloseMovieFile(SInt16 resource_file);
 /// Deletes a movie file. fBsyErr for a protected one.
 OSErr DeleteMovieStorage(Handle data_reference, OSType type);

@@ -227,7 +227,7 @@ std::unique_ptr<MovieRecord> CopySettings(const MovieRecord& movie) {
 Handle FirstReference(const MediaRecord& media) {
   std::filesystem::path path;
   if (PathOfReference(media, 1, &path) != noErr) return nullptr;
-  const std::vector<UInt8> alias = MakeAliasRecord(path);
+  const std::vector<UInt8> alias = AliasRecordOf(path);
   Handle handle = nullptr;
   PtrToHand(alias.data(), &handle, static_cast<Size>(alias.size()));
   return handle;

@@ -54,8 +54,8 @@ SInt32 QT_GetMediaCharacteristic(Track track, OSType* characteristic);
 SInt32 QT_IsImageTrack(Track track, Boolean* isImage);
 /// The track's name, from its user data, cut to 255 bytes and a zero; empty if it has none.
 void QT_GetTrackName(Track track, char* name);
-/// Where the track's size lies behind its matrix. Where the matrix keeps rectangles, right and bottom
-/// are the width and the height, in whole pixels.
+/// Where the track's size lies behind its matrix. Where the matrix keeps rectangles, right and
+/// bottom are the width and the height, in whole pixels.
 SInt32 QT_GetTrackBox(Track track, Rect* box);
 
 // --- Lists ---------------------------------------------------------------------------------------
