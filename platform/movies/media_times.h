@@ -10,6 +10,16 @@
 #include "base_types.h"
 #include "movie_toolbox.h"
 
+/// What runs a movie's time.
+using TimeBase = MovieRecord*;
+/// A time in a time scale.
+struct TimeRecord {
+  SInt64 value;
+  TimeScale scale;
+  TimeBase base;
+};
+TimeBase GetMovieTimeBase(Movie movie);
+
 /// The first status other than 0 since the last ClearMoviesStickyError that a call of the thread
 /// left in GetMoviesError.
 OSErr GetMoviesStickyError();

@@ -238,6 +238,11 @@ void SetMovieClipRgn(Movie movie, RgnHandle clip) {
   if (movie != nullptr) FindTrackAtoms(movie);
 }
 
+Boolean TrackHasMatte(Track track) {
+  NoteStatus(track != nullptr ? noErr : OSStatus{invalidTrack});
+  return track != nullptr && TrackAtom(*track).Find("matt"_4cc) != nullptr;
+}
+
 RgnHandle GetTrackDisplayBoundsRgn(Track track) {
   NoteStatus(track != nullptr ? noErr : OSStatus{invalidTrack});
   if (track == nullptr) return nullptr;

@@ -20,6 +20,9 @@ void SetTrackClipRgn(Track track, RgnHandle clip);
 RgnHandle GetMovieClipRgn(Movie movie);
 void SetMovieClipRgn(Movie movie, RgnHandle clip);
 
+/// Whether a matte hides parts of the track.
+Boolean TrackHasMatte(Track track);
+
 /// What a track, or all enabled visual tracks, cover of the display at any time, whatever lies in
 /// front: a new region of
 /// the caller's, empty for what isn't visual; null on failure.

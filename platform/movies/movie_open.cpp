@@ -5,6 +5,7 @@
 
 #include "data_references.h"
 #include "image_file_info.h"
+#include "media_times.h"
 #include "orientation.h"
 #include "still_movie.h"
 #include "toolbox_records.h"
@@ -143,6 +144,10 @@ Boolean GetMovieActive(Movie movie) {
 
 void SetMovieActive(Movie movie, Boolean active) {
   if (movie != nullptr) movie->active = active != 0;
+}
+
+TimeBase GetMovieTimeBase(Movie movie) {
+  return movie;
 }
 
 void SetMovieTimeValue(Movie movie, TimeValue time) {

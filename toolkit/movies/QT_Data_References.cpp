@@ -1,7 +1,6 @@
 #include "QT_Data_References.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 #include "GL_Aliases.h"
@@ -10,6 +9,7 @@
 #include "GL_Strings_Unicode.h"
 #include "LL_Linked_Lists.h"
 #include "QT_Error_Keys.h"
+#include "descriptions_private.h"
 #include "media_editing.h"
 #include "memory_handles.h"
 #include "reference_counted.h"
@@ -79,14 +79,6 @@ bool ListFiles(Media media, GL_FileObjectElement** list) {
     static_cast<GL_FileObjectElement*>(added)->fileRef = file;
   }
   return all;
-}
-
-UInt16 ReferenceOfDescription(Handle description) {
-  constexpr std::size_t kIndex = 14;
-  UInt16 index = 0;
-  if (GetHandleSize(description) >= static_cast<Size>(kIndex + sizeof index))
-    std::memcpy(&index, *description + kIndex, sizeof index);
-  return index;
 }
 
 }  // namespace
@@ -228,7 +220,7 @@ SInt32 QT_DataRefIndexToStartTime(SInt16 index, Media media, SInt32* mediaTime) 
         GetMediaSampleReferences64(media, static_cast<SInt32>(time), nullptr, description, nullptr,
                                    kBatch, &count, references.data());
     if (status) return status;
-    if (count > 0 && ReferenceOfDescription(description) == index) {
+    if (count > 0 && quillmere::DataReferenceOf(description) == index) {
       *mediaTime = static_cast<SInt32>(time);
       return noErr;
     }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "media_times.h"
+#include "gestalt.h"
 
 namespace {
 
@@ -34,6 +34,30 @@ SInt32 QT_SetMovieApertureMode(Movie movie, OSType mode) {
 
 SInt32 QT_GetMovieApertureMode(Movie movie, OSType* mode) {
   return QTGetMovieProperty(movie, kVisualProperties, kApertureMode, sizeof *mode, mode, nullptr);
+}
+
+Boolean QT_IsQuickTimeInstalled() {
+  SInt32 version = 0;
+  return Gestalt("qtim"_4cc, &version) == noErr;
+}
+
+Boolean QT_IsQuickTimeCFMInstalled() {
+  SInt32 features = 0;
+  return Gestalt("qtrs"_4cc, &features) == noErr && (features & 1) != 0;
+}
+
+SInt32 QT_GetQTVersion() {
+  SInt32 version = 0;
+  return Gestalt("qtim"_4cc, &version) == noErr ? version >> 16 : 0;
+}
+
+SInt32 QT_TimeRecordToTimeValue(const TimeRecord* record) {
+  const auto value = static_cast<UInt64>(record->value);
+  return value >> 32 == 0 ? static_cast<SInt32>(value) : -1;
+}
+
+void QT_TimeValueToTimeRecord(Movie movie, SInt32 value, TimeRecord* record) {
+  *record = {value, GetMovieTimeScale(movie), GetMovieTimeBase(movie)};
 }
 
 SInt32 QT_GetMoviesStickyError() {

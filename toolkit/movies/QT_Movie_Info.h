@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base_types.h"
+#include "media_times.h"
 #include "movie_toolbox.h"
 
 /// The lowest and highest layer of all tracks; 32767 and -32768 for a movie without any. A lower
@@ -11,6 +12,15 @@ void QT_GetMinMaxLayer(Movie movie, SInt16* minimum, SInt16* maximum);
 /// `enco` encoded pixels. paramErr for another one.
 SInt32 QT_SetMovieApertureMode(Movie movie, OSType mode);
 SInt32 QT_GetMovieApertureMode(Movie movie, OSType* mode);
+/// Whether there is a movie toolbox, whether any program can call it, and the high half of its
+/// version, 0 for none.
+Boolean QT_IsQuickTimeInstalled();
+Boolean QT_IsQuickTimeCFMInstalled();
+SInt32 QT_GetQTVersion();
+/// The value of a time record; -1 where it has more than 32 bits.
+SInt32 QT_TimeRecordToTimeValue(const TimeRecord* record);
+/// A value in the movie's time scale and time base.
+void QT_TimeValueToTimeRecord(Movie movie, SInt32 value, TimeRecord* record);
 /// The toolbox's sticky error, which is cleared.
 SInt32 QT_GetMoviesStickyError();
 /// Disposes of the movie and clears the variable; null does nothing.
