@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "big_endian.h"
 #include "data_references.h"
 #include "display_order.h"
 #include "edits_private.h"
@@ -78,6 +79,26 @@ void FindOffsets(const SampleTable& table, SInt64* least, SInt64* greatest) {
   }
 }
 
+/// How many samples of sound a decoder has to hear before one it plays: as a group of samples
+/// tells, or one where frames overlap.
+UInt64 PrerollOf(const TrackRecord& track) {
+  constexpr std::size_t kDistance = 16;  // behind version, flags, type, entry size and count
+  if (MediaTypeOf(track) != "soun"_4cc) return 0;
+  const Atom* stbl = SampleTableAtom(track);
+  UInt64 preroll = 0;
+  for (const Atom& child : stbl->children()) {
+    const std::span<const UInt8> bytes = child.payload();
+    if (child.type() != "sgpd"_4cc || bytes.size() < kDistance + 2 || bytes[0] == 0) continue;
+    if (quillmere::ReadU32(bytes.data() + 4) != "roll"_4cc) continue;
+    const SInt16 distance = quillmere::ReadS16(bytes.data() + kDistance);
+    if (distance < 0) preroll = static_cast<UInt64>(-SInt32{distance});
+  }
+  const Atom* stsd = stbl->Find("stsd"_4cc);
+  const bool overlaps =
+      stsd != nullptr && !stsd->children().empty() && stsd->children().front().type() == "mp4a"_4cc;
+  return overlaps ? std::max<UInt64>(preroll, 1) : preroll;
+}
+
 /// Copies what a segment's edits show from one media to another.
 class SegmentCopy {
  public:
@@ -89,6 +110,7 @@ class SegmentCopy {
     OSStatus status = SampleTableOf(&source_, &table_);
     if (status != noErr) return status;
     FindOffsets(*table_, &least_, &greatest_);
+    preroll_ = PrerollOf(*source_.track);
     CollectSpans(*edits);
     SampleCopier copier(&source_, &destination_);
     for (SampleSpan& span : spans_) {
@@ -115,6 +137,7 @@ class SegmentCopy {
       return table_->SampleAtTime(std::clamp<SInt64>(time, 0, last_time)).value_or(0);
     };
     UInt64 first = sample_at(edit.media_time - greatest_);
+    first -= std::min(first, preroll_);
     const UInt64 last =
         sample_at(edit.media_time + std::max<SInt64>(MediaLength(edit), 1) - 1 - least_);
     SampleInfo sample = {};
@@ -162,6 +185,7 @@ class SegmentCopy {
   const SampleTable* table_ = nullptr;
   SInt64 least_ = 0;
   SInt64 greatest_ = 0;
+  UInt64 preroll_ = 0;
   std::vector<SampleSpan> spans_;
 };
 
@@ -191,6 +215,21 @@ Atom MakeReferences(Handle data_reference, OSType type) {
   dref.set_payload({0, 0, 0, 0, 0, 0, 0, 1});
   dref.Add(std::move(entry));
   return dref;
+}
+
+/// The file that a reference given for a copy of a track names: one of the track's own is found
+/// where that is.
+OSStatus PathOfGiven(const MediaRecord& media, Handle data_reference, OSType type,
+                     std::filesystem::path* path) {
+  const Atom wanted = MakeReferences(data_reference, type).children().front();
+  const Atom* dref =
+      TrackAtom(*media.track).FindPath({"mdia"_4cc, "minf"_4cc, "dinf"_4cc, "dref"_4cc});
+  for (std::size_t i = 0; dref != nullptr && i < dref->children().size(); ++i) {
+    const Atom& entry = dref->children()[i];
+    if (entry.type() == type && std::ranges::equal(entry.payload(), wanted.payload()))
+      return PathOfReference(media, static_cast<UInt16>(i + 1), path);
+  }
+  return PathOfDataReference(data_reference, type, path);
 }
 
 /// Takes samples, edits and references out of a copy of a track.
@@ -273,7 +312,7 @@ OSErr AddEmptyTrackToMovie(Track source, Movie movie, Handle data_reference, OST
   if (movie == nullptr) return Note(invalidMovie);
   std::filesystem::path path;
   if (data_reference != nullptr) {
-    const OSStatus status = PathOfDataReference(data_reference, type, &path);
+    const OSStatus status = PathOfGiven(*source->media, data_reference, type, &path);
     if (status != noErr) return Note(status);
   }
   Atom trak = TrackAtom(*source);

@@ -96,6 +96,35 @@ def make_with_ffmpeg(folder):
     ffmpeg(*VIDEO, '-c:v', 'qtrle', folder / 'a.b.mov')
 
 
+def make_variants(folder):
+    """Movies of other rates, codecs and file kinds than those of make_movies; gives back the paths."""
+    folder = Path(folder)
+
+    def video(rate, size='64x48', duration=1):
+        return ['-f', 'lavfi', '-i', f'testsrc=size={size}:rate={rate}:duration={duration}']
+    x264 = ['-c:v', 'libx264', '-preset', 'ultrafast', '-pix_fmt', 'yuv420p', '-bf', '3']
+    ffmpeg(*video('30000/1001'), *TONE, *x264, '-c:a', 'aac', folder / 'ntsc.mp4')
+    ffmpeg(*video('24000/1001'), *x264, '-movie_timescale', '600', folder / 'film.mov')
+    ffmpeg(*video('60000/1001'), '-c:v', 'mjpeg', folder / 'fast.mov')
+    ffmpeg(*video('15'), '-vf', "select='not(eq(mod(n,5),3))'", '-fps_mode', 'vfr', *x264, folder / 'uneven.mp4')
+    ffmpeg(*video('25'), '-c:v', 'libx265', '-x265-params', 'log-level=none', '-tag:v', 'hvc1', folder / 'hevc.mp4')
+    ffmpeg(*video('25', '720x576'), '-c:v', 'dvvideo', '-pix_fmt', 'yuv420p', folder / 'dv-pal.mov')
+    ffmpeg(*video('30000/1001', '720x480'), '-c:v', 'dvvideo', '-pix_fmt', 'yuv411p', folder / 'dv-ntsc.mov')
+    ffmpeg(*video('25'), '-c:v', 'v210', folder / 'ten-bit.mov')
+    ffmpeg(*video('25'), '-c:v', 'png', folder / 'png.mov')
+    ffmpeg(*video('25'), '-c:v', 'rawvideo', '-pix_fmt', 'uyvy422', folder / 'raw.mov')
+    ffmpeg(*video('25'), '-c:v', 'mpeg4', '-vf', 'setsar=16/15', folder / 'wide-pixels.mp4')
+    ffmpeg(*TONE, '-c:a', 'aac', folder / 'sound.m4a')
+    ffmpeg(*TONE, '-c:a', 'alac', folder / 'lossless.m4a')
+    ffmpeg(*TONE, '-c:a', 'pcm_f32le', '-ac', '2', folder / 'float.mov')
+    ffmpeg(*video('10'), '-c:v', 'h263', '-s', '176x144', folder / 'phone.3gp')
+    ffmpeg('-itsoffset', '0.5', *video('25'), *TONE, *x264, '-c:a', 'aac', folder / 'late.mov')
+    ffmpeg('-ss', '0.3', *video('25', duration=2), *x264, '-g', '30', '-c:v', 'mpeg4', folder / 'cut.mov')
+    ffmpeg(*video('25'), *TONE, *x264, '-c:a', 'aac', '-movflags', '+frag_keyframe+separate_moof', '-g', '5',
+           folder / 'pieces.mp4')
+    return sorted(folder.glob('*.*'))
+
+
 def make_with_patches(folder):
     base = folder / 'pcm.mov'
 

@@ -25,6 +25,7 @@ const tracks = iso.moov.traks.map((trak) => ({
   edits: trak.edts?.elst?.entries?.length ?? 0,
   graphicsMode: trak.mdia.minf.vmhd?.graphicsmode ?? null,
   samples: trak.samples_size ?? trak.mdia.minf.stbl.stsz?.sample_sizes?.length ?? 0,
+  sampleCount: trak.samples?.length ?? 0,
   // Kinds of references that it does not know keep their content: version, then 24 bits of flags.
   references: (trak.mdia.minf.dinf?.dref?.entries ?? []).map((entry) => entry.flags ?? entry.data[3]),
 }));
