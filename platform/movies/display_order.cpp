@@ -8,6 +8,9 @@ namespace quillmere::movies {
 
 namespace {
 
+/// More samples than this are not sorted.
+constexpr UInt64 kMostSamples = UInt64{1} << 24;
+
 std::unique_ptr<DisplayOrder> MakeOrder(const SampleTable& table) {
   struct Shown {
     SInt64 begin;
@@ -27,7 +30,8 @@ std::unique_ptr<DisplayOrder> MakeOrder(const SampleTable& table) {
           {decoded + first.composition_offset, first.duration, static_cast<UInt32>(shown.size())});
     }
   }
-  std::ranges::stable_sort(shown, {}, &Shown::begin);
+  if (!std::ranges::is_sorted(shown, {}, &Shown::begin))
+    std::ranges::stable_sort(shown, {}, &Shown::begin);
   auto order = std::make_unique<DisplayOrder>();
   order->begins.reserve(shown.size());
   order->samples.reserve(shown.size());
@@ -45,6 +49,7 @@ OSStatus DisplayView::Open(MediaRecord* media) {
   const OSStatus status = SampleTableOf(media, &table_);
   if (status != noErr) return status;
   if (!table_->has_composition_offsets()) return noErr;
+  if (table_->sample_count() > kMostSamples) return invalidSampleTable;
   if (!media->display) media->display = MakeOrder(*table_);
   order_ = media->display.get();
   return noErr;

@@ -13,6 +13,7 @@ namespace quillmere::movies {
 namespace {
 
 constexpr std::size_t kHeader = 8;
+constexpr OSType kDataAtom = "data"_4cc;
 
 /// Calls `visit(type, content)` for the atoms that stand one behind the other; what doesn't hold
 /// together ends the walk.
@@ -71,7 +72,7 @@ std::vector<MetadataItem> ReadItemList(const Atom* ilst, KeyOf key_of) {
   if (ilst == nullptr) return items;
   ForEachAtom(ilst->payload(), [&](OSType type, std::span<const UInt8> entry) {
     ForEachAtom(entry, [&](OSType kind, std::span<const UInt8> data) {
-      if (kind != "data"_4cc || data.size() < kFields) return;
+      if (kind != kDataAtom || data.size() < kFields) return;
       items.push_back({key_of(type), Bytes(data.subspan(kFields)), ReadU32(data.data()) & 0xFFFFFF,
                        ReadU32(data.data() + 4)});
     });

@@ -23,6 +23,10 @@ Atom& TrackAtom(const TrackRecord& track) {
   return track.movie->file.movie->children()[track.child];
 }
 
+Atom* TrackHeaderAtom(const TrackRecord& track) {
+  return TrackAtom(track).Find("tkhd"_4cc);
+}
+
 Atom* SampleTableAtom(const TrackRecord& track) {
   return TrackAtom(track).FindPath({"mdia"_4cc, "minf"_4cc, "stbl"_4cc});
 }

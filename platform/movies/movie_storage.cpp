@@ -142,7 +142,7 @@ bool HasFragments(const fs::path& path) {
   if (!descriptor.IsOpen() || fstat(descriptor.get(), &info) != 0 ||
       ReadTopLevelAtoms(descriptor.get(), static_cast<UInt64>(info.st_size), &atoms) != noErr)
     return false;
-  return std::ranges::any_of(atoms, [](const auto& atom) { return atom.type == "moof"_4cc; });
+  return std::ranges::find(atoms, "moof"_4cc, &TopLevelAtom::type) != atoms.end();
 }
 
 OSStatus StoreMovie(Movie movie, DataHandler handler) {

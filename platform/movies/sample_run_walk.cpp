@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <ranges>
 
 #include "big_endian.h"
 #include "sample_table.h"
@@ -24,10 +23,7 @@ SampleTable::RunWalk::RunWalk(const SampleTable& table, UInt64 sample)
   times_ = table.TimeRunOf(sample);
   EnterTimes();
   EnterCompositions();
-  const auto entries = std::views::iota(UInt64{0}, table.syncs_.count);
-  sync_entry_ = *std::ranges::lower_bound(entries, sample + 1, {}, [&table](UInt64 entry) {
-    return UInt64{ReadU32(table.syncs_.entries + 4 * entry)};
-  });
+  sync_entry_ = table.FirstSyncEntry(sample + 1);
 }
 
 void SampleTable::RunWalk::EnterChunk() {

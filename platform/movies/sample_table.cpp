@@ -476,21 +476,32 @@ SInt32 SampleTable::CompositionOffsetOf(UInt64 sample) const {
   return 0;
 }
 
-bool SampleTable::IsSync(UInt64 sample) const {
-  if (syncs_.entries == nullptr) return true;
+UInt64 SampleTable::FirstSyncEntry(UInt64 number) const {
   UInt64 low = 0;
   UInt64 high = syncs_.count;
   while (low < high) {
     const UInt64 middle = low + (high - low) / 2;
-    const UInt64 number = ReadU32(syncs_.entries + 4 * middle);
-    if (number == sample + 1) return true;
-    if (number < sample + 1) {
+    if (ReadU32(syncs_.entries + 4 * middle) < number) {
       low = middle + 1;
     } else {
       high = middle;
     }
   }
-  return false;
+  return low;
+}
+
+bool SampleTable::IsSync(UInt64 sample) const {
+  if (syncs_.entries == nullptr) return true;
+  const UInt64 entry = FirstSyncEntry(sample + 1);
+  return entry < syncs_.count && ReadU32(syncs_.entries + 4 * entry) == sample + 1;
+}
+
+UInt64 SampleTable::SyncSampleUpTo(UInt64 sample) const {
+  if (syncs_.entries == nullptr) return sample;
+  const UInt64 behind = FirstSyncEntry(sample + 2);
+  if (behind == 0) return 0;
+  const UInt64 number = ReadU32(syncs_.entries + 4 * (behind - 1));
+  return number > 0 ? number - 1 : 0;
 }
 
 bool SampleTable::SampleAt(UInt64 sample, SampleInfo* info) const {

@@ -75,6 +75,8 @@ class SampleTable {
   /// Begin and duration of a sample in media time; false if there is none of that number.
   bool TimeOfSample(UInt64 sample, SInt64* begin, SInt64* duration) const;
   bool ChunkAt(UInt64 chunk, ChunkInfo* info) const;
+  /// The last sample, up to this one, that needs no other; 0 if there is none.
+  UInt64 SyncSampleUpTo(UInt64 sample) const;
   /// The bytes of `count` samples from `first` on, which have to be there; packets that only part
   /// of them are in count whole.
   UInt64 SizeOfSamples(UInt64 first, UInt64 count) const;
@@ -132,6 +134,8 @@ class SampleTable {
   SInt64 TimeAt(const RunPosition& position, UInt64 sample) const;
   RunPosition TimeRunOf(UInt64 sample) const;
   SInt32 CompositionOffsetOf(UInt64 sample) const;
+  /// The first entry of stss that isn't below a sample's number, from 1.
+  UInt64 FirstSyncEntry(UInt64 number) const;
   bool IsSync(UInt64 sample) const;
 
   UInt64 sample_count_ = 0;

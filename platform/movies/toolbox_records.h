@@ -88,7 +88,8 @@ namespace quillmere::movies {
 
 /// The track's `trak`. Valid until a track is added or removed.
 Atom& TrackAtom(const TrackRecord& track);
-/// The track's `stbl`, or null.
+/// The track's `tkhd`, or its `stbl`; null if it has none.
+Atom* TrackHeaderAtom(const TrackRecord& track);
 Atom* SampleTableAtom(const TrackRecord& track);
 /// Handler type of the track's media; 0 if it has none.
 OSType MediaTypeOf(const TrackRecord& track);
@@ -122,7 +123,7 @@ OSStatus NoteStatus(OSStatus status);
 /// Reads a track's header, lets `change` change it and writes it back. The status is noted.
 template <class Change>
 void ChangeTrackHeader(TrackRecord* track, Change change) {
-  Atom* tkhd = track != nullptr ? TrackAtom(*track).Find("tkhd"_4cc) : nullptr;
+  Atom* tkhd = track != nullptr ? TrackHeaderAtom(*track) : nullptr;
   TrackHeader header;
   bool changed = tkhd != nullptr && ReadTrackHeader(*tkhd, &header);
   if (changed) {

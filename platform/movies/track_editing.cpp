@@ -140,10 +140,7 @@ class SegmentCopy {
     first -= std::min(first, preroll_);
     const UInt64 last =
         sample_at(edit.media_time + std::max<SInt64>(MediaLength(edit), 1) - 1 - least_);
-    SampleInfo sample = {};
-    while (first > 0 && table_->SampleAt(first, &sample) && !sample.is_sync)
-      --first;
-    return {first, last + 1};
+    return {table_->SyncSampleUpTo(first), last + 1};
   }
 
   void CollectSpans(const std::vector<EditRecord>& edits) {

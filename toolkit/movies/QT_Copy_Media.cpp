@@ -177,14 +177,15 @@ class ReferenceCopy {
   /// Up to so many samples of the first run, in whole packets.
   SInt32 FetchSome(SInt32 time, SInt32 most) {
     SampleReference64Record& run = references_.front();
+    SInt64 offset = 0;
     ByteCount size = 0;
+    SInt32 duration = 0;
     SInt32 samples = 0;
-    const SInt32 status = GetMediaSampleReference(source_, &run.dataOffset, &size, time, nullptr,
-                                                  &run.durationPerSample, description_, nullptr,
-                                                  most, &samples, &run.sampleFlags);
+    SInt16 flags = 0;
+    const SInt32 status = GetMediaSampleReference(source_, &offset, &size, time, nullptr, &duration,
+                                                  description_, nullptr, most, &samples, &flags);
     if (status) return status;
-    run.dataSize = static_cast<UInt32>(size);
-    run.numberOfSamples = static_cast<UInt32>(samples);
+    run = {offset, static_cast<UInt32>(size), duration, static_cast<UInt32>(samples), flags};
     offsets_.front() = 0;
     count_ = 1;
     return noErr;
@@ -192,7 +193,7 @@ class ReferenceCopy {
   /// One sample of the first run, with a duration of its own.
   void KeepOne(SInt32 duration) {
     SampleReference64Record& run = references_.front();
-    run.dataSize /= std::max<UInt32>(run.numberOfSamples, 1);
+    if (run.numberOfSamples > 1) run.dataSize /= run.numberOfSamples;
     run.numberOfSamples = 1;
     run.durationPerSample = duration;
     count_ = 1;

@@ -44,8 +44,8 @@ SInt32 WalkRuns(Media media, Visit visit) {
 }
 
 SInt32 SizeOfEach(const SampleReference64Record& run) {
-  return static_cast<SInt32>(
-      std::min<UInt32>(run.dataSize / std::max<UInt32>(run.numberOfSamples, 1), 0x7FFFFFFF));
+  const UInt32 samples = run.numberOfSamples;  // fields of a packed record have no references
+  return static_cast<SInt32>(std::min(run.dataSize / std::max(samples, 1U), 0x7FFFFFFFU));
 }
 
 bool HasFixedSize(Media media) {
