@@ -1,8 +1,7 @@
 // Opening a movie of a million samples beside libavformat's open of the same file, and a thousand
 // looks at random times in it.
 //
-// Usage: movie_open_benchmark   Makes its movie in /tmp. The samples have sizes of their own, every
-// tenth another duration; a chunk holds ten. Prints medians.
+// Usage: movie_open_benchmark   Makes its movie in /tmp. Prints medians.
 
 #include <cstdio>
 #include <random>
@@ -11,56 +10,16 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include "QT_Movie_File.h"
-#include "QT_Movie_Info.h"
-#include "file_references.h"
+#include "long_movie.h"
 #include "media_times.h"
-#include "movie_model.h"
-#include "movie_toolbox.h"
-#include "test_files.h"
-#include "timing.h"
 
 namespace {
 
 using namespace quillmere::benchmarks;
-using namespace quillmere::test;
+using quillmere::test::TemporaryFolder;
 
-constexpr int kSamples = 1'000'000;
 constexpr int kLooks = 1000;
 constexpr int kRuns = 15;
-
-Model MakeLongModel() {
-  std::mt19937 random(1);
-  Model model = {600, 600, {}, {}, {}};
-  SInt64 begin = 0;
-  SInt64 offset = 40;
-  for (int i = 0; i < kSamples; ++i) {
-    const SInt64 duration = i % 10 == 0 ? 7 : 5;
-    const auto size = static_cast<UInt32>(1 + random() % 9);
-    if (i % 10 == 0) model.chunks.push_back(static_cast<std::size_t>(i));
-    model.samples.push_back({begin, duration, size, offset});
-    begin += duration;
-    offset += size;
-  }
-  model.edits = {{begin, 0, 0x10000}};
-  return model;
-}
-
-void MakeMovie(const std::filesystem::path& path) {
-  const auto made = RunCommand({"ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i",
-                                "testsrc=s=32x24:d=0.2", "-c:v", "mjpeg", path.string()});
-  if (made.status != 0) Fail("making a movie");
-  Bytes file = MovieOf(MakeLongModel(), ReadFile(path));
-  const Bytes data = MakeAtom("mdat", Bytes(10 * kSamples));
-  file.insert(file.end(), data.begin(), data.end());
-  WriteFile(path, file);
-}
-
-Movie Open(const FSRef& file) {
-  Movie movie = nullptr;
-  if (QT_OpenMovieFileFP(&file, 0, nullptr, &movie) != noErr) Fail("opening the movie");
-  return movie;
-}
 
 void OpenWithPeer(const std::filesystem::path& path) {
   AVFormatContext* context = nullptr;
@@ -73,9 +32,8 @@ void OpenWithPeer(const std::filesystem::path& path) {
 int main() {
   const TemporaryFolder folder;
   const std::filesystem::path path = folder / "long.mov";
-  MakeMovie(path);
-  FSRef file{};
-  if (quillmere::files::ReferenceOf(path, &file) != noErr) Fail("finding the movie");
+  WriteMovie(path, MakeLongModel(), std::size_t{10} * kLongMovieSamples);
+  const FSRef file = ReferenceOf(path);
   const double ours = MedianMilliseconds(kRuns, [&] {
     Movie movie = Open(file);
     // Tables are read when they are first asked.
@@ -86,7 +44,7 @@ int main() {
   });
   const double peers = MedianMilliseconds(kRuns, [&] { OpenWithPeer(path); });
   std::printf("open of %d samples and a first look: %.2f ms   libavformat %.2f ms   ratio %.3f\n",
-              kSamples, ours, peers, ours / peers);
+              kLongMovieSamples, ours, peers, ours / peers);
 
   Movie movie = Open(file);
   const Media media = GetTrackMedia(GetMovieIndTrack(movie, 1));

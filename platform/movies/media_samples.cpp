@@ -134,11 +134,10 @@ void StoreRun(const FetchedRun& run, TimeValue* sample_time, TimeValue* duration
   Store(flags, FlagsOf(run.first));
 }
 
+/// The record of a run whose count and bytes fit 32 bits.
 SampleReference64Record MakeReference(const FetchedRun& run) {
-  constexpr UInt64 kMost = std::numeric_limits<UInt32>::max();
-  return {static_cast<SInt64>(run.first.offset), static_cast<UInt32>(std::min(run.bytes, kMost)),
-          ToTimeValue(run.first.duration), static_cast<UInt32>(std::min(run.count, kMost)),
-          FlagsOf(run.first)};
+  return {static_cast<SInt64>(run.first.offset), static_cast<UInt32>(run.bytes),
+          ToTimeValue(run.first.duration), static_cast<UInt32>(run.count), FlagsOf(run.first)};
 }
 
 }  // namespace
@@ -162,10 +161,11 @@ OSErr GetMediaSampleRuns(Media media, TimeValue time, TimeValue* sample_time,
                               std::numeric_limits<UInt32>::max()};
   for (FetchedRun run; made < most && walk->NextDescription() == index; ++made) {
     if (!walk->Next(&run.first, &run.count, &run.bytes)) break;
-    const UInt64 whole = run.count;
-    if (whole > kLimits.samples || run.bytes > kLimits.bytes) CutRun(*media->table, kLimits, &run);
-    if (run.count != whole)
-      *walk = SampleTable::RunWalk(*media->table, walk->sample() - whole + run.count);
+    if (run.count > kLimits.samples || run.bytes > kLimits.bytes) {
+      const UInt64 start_of_run = walk->sample() - run.count;
+      CutRun(*media->table, kLimits, &run);
+      *walk = SampleTable::RunWalk(*media->table, start_of_run + run.count);
+    }
     references[made] = MakeReference(run);
     if (display_offsets != nullptr) display_offsets[made] = run.first.composition_offset;
   }

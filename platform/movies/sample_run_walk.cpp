@@ -18,6 +18,7 @@ SampleTable::RunWalk::RunWalk(const SampleTable& table, UInt64 sample)
   }
   decode_time_ = info.decode_time;
   chunk_number_ = info.chunk;
+  chunk_run_ = static_cast<std::size_t>(&table.RunOfChunk(info.chunk) - table.chunk_runs_.data());
   EnterChunk();
   offset_ = info.offset;
   times_ = table.TimeRunOf(sample);
@@ -27,17 +28,20 @@ SampleTable::RunWalk::RunWalk(const SampleTable& table, UInt64 sample)
 }
 
 void SampleTable::RunWalk::EnterChunk() {
-  table_->PlaceChunk(table_->RunOfChunk(chunk_number_), chunk_number_, &chunk_);
+  const std::vector<ChunkRun>& runs = table_->chunk_runs_;
+  while (chunk_run_ + 1 < runs.size() && runs[chunk_run_ + 1].first_chunk <= chunk_number_)
+    ++chunk_run_;
+  table_->PlaceChunk(runs[chunk_run_], chunk_number_, &chunk_);
   chunk_end_ = chunk_.first_sample + chunk_.sample_count;
   offset_ = chunk_.offset;
 }
 
 void SampleTable::RunWalk::EnterTimes() {
+  const UInt8* const entry = table_->times_.entries + 8 * times_.entry;
   // The last time run goes on where there are more samples than it counts.
   const bool is_last = times_.entry + 1 >= table_->times_.count;
-  times_end_ =
-      is_last ? table_->sample_count_ : times_.first_sample + table_->CountOfEntry(times_.entry);
-  duration_ = table_->DurationOfEntry(times_.entry);
+  times_end_ = is_last ? table_->sample_count_ : times_.first_sample + ReadU32(entry);
+  duration_ = std::max(ReadS32(entry + 4), SInt32{0});  // time does not run backwards
 }
 
 void SampleTable::RunWalk::EnterCompositions() {
@@ -62,8 +66,6 @@ void SampleTable::RunWalk::EnterCompositions() {
 
 UInt64 SampleTable::RunWalk::EndOfSyncRun(UInt64 end, bool* is_sync) {
   const RawTable& syncs = table_->syncs_;
-  *is_sync = true;
-  if (syncs.entries == nullptr) return end;
   const auto next = [&] {
     return sync_entry_ < syncs.count ? ReadU32(syncs.entries + 4 * sync_entry_) - UInt64{1} : end;
   };
@@ -91,13 +93,13 @@ UInt64 SampleTable::RunWalk::EndOfSizeRun(UInt64 end) const {
   return sample;
 }
 
-UInt32 SampleTable::RunWalk::NextDescription() {
-  if (sample_ >= table_->sample_count_) return 0;
+bool SampleTable::RunWalk::EnterNextChunk() {
+  if (sample_ >= table_->sample_count_) return false;
   while (sample_ >= chunk_end_) {
     ++chunk_number_;
     EnterChunk();
   }
-  return chunk_.description;
+  return true;
 }
 
 bool SampleTable::RunWalk::Next(SampleInfo* first, UInt64* count, UInt64* size) {
@@ -112,7 +114,8 @@ bool SampleTable::RunWalk::Next(SampleInfo* first, UInt64* count, UInt64* size) 
   const DescriptionInfo& description = table_->DescriptionOf(chunk_.description);
   const bool has_packets = description.frames_per_packet != 0;
   if (!has_packets) end = EndOfSizeRun(end);
-  end = EndOfSyncRun(end, &first->is_sync);
+  first->is_sync = true;
+  if (table_->syncs_.entries != nullptr) end = EndOfSyncRun(end, &first->is_sync);
   *count = end - sample_;
   if (has_packets) {
     const UInt64 place = sample_ - chunk_.first_sample;

@@ -183,13 +183,17 @@ class SampleTable::RunWalk {
   /// The next run: its first sample, how many, and the bytes of all; false behind the last one.
   bool Next(SampleInfo* first, UInt64* count, UInt64* size);
   /// The description of the next run, from 1; 0 if there is none.
-  UInt32 NextDescription();
+  UInt32 NextDescription() {
+    return sample_ < chunk_end_ || EnterNextChunk() ? chunk_.description : 0;
+  }
   /// The sample and the decode time at which the next run begins.
   UInt64 sample() const { return sample_; }
   SInt64 decode_time() const { return decode_time_; }
 
  private:
   void EnterChunk();
+  /// Goes to the chunk that holds the sample; false behind the last one.
+  bool EnterNextChunk();
   void EnterTimes();
   void EnterCompositions();
   UInt64 EndOfSyncRun(UInt64 end, bool* is_sync);
@@ -199,6 +203,7 @@ class SampleTable::RunWalk {
   UInt64 sample_;
   SInt64 decode_time_ = 0;
   UInt64 chunk_number_ = 0;
+  std::size_t chunk_run_ = 0;
   ChunkInfo chunk_ = {};
   UInt64 chunk_end_ = 0;  ///< the sample behind the chunk, and so on
   UInt64 offset_ = 0;     ///< of the sample in its file, bytes

@@ -49,7 +49,8 @@ SInt32 MakeSpan(Media media, SInt32 start, SInt32 end, Span* span) {
   MediaTimeToSampleNum(media, span->end - 1, nullptr, &span->last, &span->lastDuration);
   if (GetMoviesError()) return GetMoviesError();
   span->head = start - first;
-  span->tail = span->last + span->lastDuration - span->end;
+  const SInt64 lastEnd = SInt64{span->last} + span->lastDuration;
+  span->tail = static_cast<SInt32>(lastEnd - span->end);
   span->isOne = span->last == first;
   return noErr;
 }
