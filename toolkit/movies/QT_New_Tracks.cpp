@@ -15,6 +15,7 @@
 #include "reference_counted.h"
 #include "sound_layouts_private.h"
 #include "text_media.h"
+#include "track_editing.h"
 #include "track_references.h"
 #include "track_walks_private.h"
 
@@ -157,8 +158,12 @@ SInt32 QT_AddEmptySoundToTrack(Track track, SInt32 trackTime, SInt32 length) {
   const SInt64 stretched = SInt64{GetMediaTimeScale(media)} * length;
   const Fixed rate = FixDiv(GetMovieTimeScale(GetTrackMovie(track)),
                             static_cast<SInt32>(std::min<SInt64>(stretched, 0x7FFFFFFF)));
-  // Silence longer than a rate can say is as long as it can.
-  return InsertMediaIntoTrack(track, trackTime, static_cast<SInt32>(time), 1, std::max(rate, 1));
+  const SInt32 before = std::max(GetTrackDuration(track), trackTime);
+  status = InsertMediaIntoTrack(track, trackTime, static_cast<SInt32>(time), 1, std::max(rate, 1));
+  // So small a rate is coarse.
+  const SInt32 added = GetTrackDuration(track) - before;
+  if (status || added == length) return status;
+  return ScaleTrackSegment(track, trackTime, added, length);
 }
 
 SInt32 QT_ChangeDualMonoToStereo(Movie movie) {
