@@ -111,7 +111,7 @@ fs::path PathWithinReach(const MovieRecord& movie, const std::vector<fs::path>& 
   }
   for (const fs::path& candidate : candidates) {
     if (candidate.empty()) continue;
-    const fs::path file = fs::canonical(folder / candidate, error);
+    fs::path file = fs::canonical(folder / candidate, error);
     if (error || !fs::is_regular_file(file, error)) continue;
     if (movie.trusts_references || IsWithinReach(folder, file)) return file;
   }

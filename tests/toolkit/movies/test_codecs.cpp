@@ -7,6 +7,7 @@
 #include "QT_Codec_Families.h"
 #include "QT_Codec_Rates.h"
 #include "QT_Codec_Tables.h"
+#include "QT_Components.h"
 
 namespace {
 
@@ -96,6 +97,43 @@ TEST(CodecNames, HashToFourLetters) {
   code = GL_NameToFourCC("");
   std::memcpy(letters, &code, 4);
   EXPECT_STREQ(letters, "aaaa");
+}
+
+TEST(Components, AreFoundByTypeAndName) {
+  const Component png = QT_GetComponentOfType("grip"_4cc, "PNGf"_4cc, 0);
+  ASSERT_NE(nullptr, png);
+  EXPECT_TRUE(QT_ComponentIsThreadSafe(png));
+  EXPECT_FALSE(QT_ComponentIsThreadSafe(nullptr));
+  EXPECT_EQ(nullptr, QT_GetComponentOfType("imco"_4cc, "none"_4cc, 0));
+  char name[256];
+  EXPECT_EQ(noErr, QT_GetComponentName("grip"_4cc, "JPEG"_4cc, 0, name));
+  EXPECT_STREQ("JPEG", name);
+  EXPECT_EQ(-3000, QT_GetComponentName("none"_4cc, 0, 0, name));
+  EXPECT_STREQ("", name);
+  Component found = nullptr;
+  ComponentDescription description{};
+  EXPECT_EQ(noErr, QT_GetComponentByNameAndType("Sound", "mhlr"_4cc, &found, &description));
+  EXPECT_EQ("soun"_4cc, description.componentSubType);
+  EXPECT_EQ(noErr, QT_GetComponentByNameAndType("sound", "mhlr"_4cc, &found, &description));
+  EXPECT_EQ(nullptr, found);
+  EXPECT_EQ("mhlr"_4cc, description.componentType);
+  EXPECT_EQ(noErr, QT_WalkComponentList(0, 0, 0, 0));
+  Boolean can = 1;
+  EXPECT_EQ(noErr, QT_EncoderCanExportFiles("MooV"_4cc, 0, &can));
+  EXPECT_FALSE(can);
+
+  OSType codec = 0;
+  EXPECT_EQ(noErr, QT_GetCodecType("Photo - JPEG", &codec));
+  EXPECT_EQ("jpeg"_4cc, codec);
+  EXPECT_EQ(noErr, QT_GetCodecName("png "_4cc, name));
+  EXPECT_STREQ("PNG", name);
+  EXPECT_EQ(noErr, QT_GetCodecName("none"_4cc, name));
+  EXPECT_STREQ("", name);
+  Boolean present = 0;
+  EXPECT_EQ(noErr, QT_IsCodecPresent("none"_4cc, nullptr, &present));
+  EXPECT_FALSE(present);
+  EXPECT_EQ(noErr, QT_IsCodecPresent(0, "PNG", &present));
+  EXPECT_TRUE(present);
 }
 
 }  // namespace

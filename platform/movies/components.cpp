@@ -1,0 +1,99 @@
+#include "components.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+
+struct ComponentRecord {
+  OSType type;
+  OSType subtype;
+  OSType manufacturer;
+  UInt32 flags;
+  const char* name;
+};
+
+namespace {
+
+constexpr OSType kOurs = "QlMr"_4cc;
+constexpr OSErr kInvalidComponent = -3000;
+
+constexpr ComponentRecord kComponents[] = {
+    {kGraphicsImporterType, "PNGf"_4cc, kOurs, cmpThreadSafe, "PNG"},
+    {kGraphicsImporterType, "JPEG"_4cc, kOurs, cmpThreadSafe, "JPEG"},
+    {kGraphicsExporterType, "qtif"_4cc, kOurs, 0, "QuickTime Image"},
+    {kDecompressorType, "png "_4cc, kOurs, cmpThreadSafe, "PNG"},
+    {kDecompressorType, "jpeg"_4cc, kOurs, cmpThreadSafe, "Photo - JPEG"},
+    {kMovieImporterType, "MooV"_4cc, kOurs, cmpThreadSafe, "QuickTime Movie"},
+    {kMovieImporterType, "mpg4"_4cc, kOurs, cmpThreadSafe, "MPEG-4"},
+    {kMediaHandlerType, "vide"_4cc, kOurs, cmpThreadSafe, "Video"},
+    {kMediaHandlerType, "soun"_4cc, kOurs, cmpThreadSafe, "Sound"},
+    {kMediaHandlerType, "text"_4cc, kOurs, cmpThreadSafe, "Text"},
+};
+
+bool Fits(const ComponentRecord& component, const ComponentDescription& looking) {
+  const auto same = [](OSType wanted, OSType code) { return wanted == 0 || wanted == code; };
+  const UInt32 differing = component.flags ^ looking.componentFlags;
+  return same(looking.componentType, component.type) &&
+         same(looking.componentSubType, component.subtype) &&
+         same(looking.componentManufacturer, component.manufacturer) &&
+         (differing & looking.componentFlagsMask) == 0;
+}
+
+/// A name with its length in front, cut to what fits.
+std::string PascalString(std::string_view name, std::size_t room) {
+  name = name.substr(0, room - 1);
+  std::string bytes(1, static_cast<char>(name.size()));
+  bytes += name;
+  return bytes;
+}
+
+}  // namespace
+
+Component FindNextComponent(Component component, const ComponentDescription* looking) {
+  if (looking == nullptr) return nullptr;
+  const auto* first = component != nullptr ? component + 1 : std::begin(kComponents);
+  const auto* found = std::find_if(first, std::end(kComponents),
+                                   [looking](const auto& each) { return Fits(each, *looking); });
+  return found != std::end(kComponents) ? found : nullptr;
+}
+
+OSErr GetComponentInfo(Component component, ComponentDescription* description, Handle name,
+                       Handle info, Handle icon) {
+  constexpr std::size_t kLongestName = 256;
+  if (component == nullptr) return kInvalidComponent;
+  if (description != nullptr)
+    *description = {component->type, component->subtype, component->manufacturer, component->flags,
+                    0};
+  for (Handle text : {info, icon})  // there are none
+    if (text != nullptr) SetHandleSize(text, 0);
+  if (name == nullptr) return noErr;
+  const std::string bytes = PascalString(component->name, kLongestName);
+  SetHandleSize(name, static_cast<Size>(bytes.size()));
+  if (MemError() != noErr) return MemError();
+  std::memcpy(*name, bytes.data(), bytes.size());
+  return noErr;
+}
+
+OSErr GetCodecNameList(CodecNameSpecList** list, [[maybe_unused]] SInt16 show_all) {
+  if (list == nullptr) return static_cast<OSErr>(paramErr);
+  auto made = std::make_unique<CodecNameSpecList>();
+  made->list = new CodecNameSpec[std::size(kComponents)]{};
+  const ComponentDescription looking = {kDecompressorType, 0, 0, 0, cmpIsMissing};
+  for (Component each = nullptr; (each = FindNextComponent(each, &looking)) != nullptr;) {
+    CodecNameSpec& spec = made->list[made->count++];
+    spec.codec = each;
+    spec.cType = each->subtype;
+    std::ranges::copy(PascalString(each->name, sizeof spec.typeName), spec.typeName);
+  }
+  *list = made.release();
+  return noErr;
+}
+
+OSErr DisposeCodecNameList(CodecNameSpecList* list) {
+  if (list != nullptr) delete[] list->list;
+  delete list;
+  return noErr;
+}
