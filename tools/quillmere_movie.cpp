@@ -37,7 +37,7 @@ std::string Code(OSType code) {
 }
 
 void TellTrack(Track track) {
-  const Media media = GetTrackMedia(track);
+  Media media = GetTrackMedia(track);
   OSType type = 0;
   QT_GetTrackType(track, &type);
   SInt32 width = 0;
@@ -103,7 +103,7 @@ SInt32 TellMovie(const FSRef& file) {
 /// Copies all tracks that play anything into a new movie file, with metadata and references.
 SInt32 CopyTracks(Movie source, Movie movie, const FSRef& file, bool with_data) {
   for (SInt32 index = 1; index <= QT_CountTracks(source); ++index) {
-    const Track track = GetMovieIndTrack(source, index);
+    Track track = GetMovieIndTrack(source, index);
     if (GetTrackDuration(track) < 1) continue;
     Track copy = nullptr;
     SInt32 status = QT_CopyTrack(track, movie, with_data ? 1 : 0, &file, &copy);

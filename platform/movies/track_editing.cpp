@@ -274,7 +274,7 @@ OSStatus CopySelected(Track track, TimeValue time, TimeValue duration, Movie mov
   *copy = nullptr;
   const TimeValue length = GetTrackDuration(track);
   if (!track->media || time >= length || duration < 1) return noErr;
-  const Handle reference = FirstReference(*track->media);
+  Handle reference = FirstReference(*track->media);
   OSStatus status = AddEmptyTrackToMovie(track, movie, reference, "alis"_4cc, copy);
   DisposeHandle(reference);
   if (status == noErr)
@@ -290,7 +290,7 @@ void CopyReferences(const std::vector<std::pair<Track, Track>>& copies) {
     for (const Atom& references : tref->children()) {
       const SInt32 count = GetTrackReferenceCount(track, references.type());
       for (SInt32 i = 1; i <= count; ++i) {
-        const Track other = GetTrackReference(track, references.type(), i);
+        Track other = GetTrackReference(track, references.type(), i);
         const auto found = std::ranges::find(copies, other, &std::pair<Track, Track>::first);
         if (found != copies.end())
           AddTrackReference(copy, found->second, references.type(), nullptr);
@@ -317,7 +317,7 @@ OSErr AddEmptyTrackToMovie(Track source, Movie movie, Handle data_reference, OST
   if (status != noErr) return Note(status);
   TrackHeader header = TrackHeaderOf(*source);
   header.duration = 0;
-  const Track made = NewMovieTrack(movie, 0, 0, 0);
+  Track made = NewMovieTrack(movie, 0, 0, 0);
   if (made == nullptr) return GetMoviesError();
   header.id = TrackHeaderOf(*made).id;
   WriteTrackHeader(trak.Find("tkhd"_4cc), header);

@@ -283,7 +283,7 @@ void GetMovieNextInterestingTime(Movie movie, SInt16 flags, SInt16 type_count, c
          }));
     if (counts) tracks.push_back(track.get());
   }
-  for (const Track track : tracks) {
+  for (Track track : tracks) {
     std::optional<TrackStep> step;
     if (NoteStatus(FindStep(track, flags, time, rate, &step)) != noErr) return;
     if (!step) continue;
@@ -297,7 +297,7 @@ void GetMovieNextInterestingTime(Movie movie, SInt16 flags, SInt16 type_count, c
   if (!nearest || nearest->time > kLongestTimeValue) return;
   // A step ends where another track's begins.
   const auto kind = static_cast<SInt16>(flags & ~nextTimeEdgeOK);
-  for (const Track track : tracks) {
+  for (Track track : tracks) {
     std::optional<TrackStep> next;
     if (tracks.size() > 1 && FindStep(track, kind, nearest->time, 0x10000, &next) == noErr && next)
       nearest->duration = std::min(nearest->duration, next->time - nearest->time);

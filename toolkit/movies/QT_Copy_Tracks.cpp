@@ -76,7 +76,7 @@ SInt32 NewTrackLike(Track source, Movie movie, Boolean copyData, const FSRef* fi
 }
 
 SInt32 InsertSegment(Track source, const Segment& segment, Boolean copyData, Track copy) {
-  const Media media = GetTrackMedia(copy);
+  Media media = GetTrackMedia(copy);
   SInt32 status = copyData ? SInt32{BeginMediaEdits(media)} : SInt32{noErr};
   if (status) return status;
   status = InsertTrackSegment(source, copy, segment.start, segment.duration, 0);
@@ -104,7 +104,7 @@ SInt32 CopyReferenced(Track source, Track copy, CopyOne copyOne) {
   for (OSType type = 0; (type = GetNextTrackReferenceType(source, type)) != 0;) {
     const SInt32 count = GetTrackReferenceCount(source, type);
     for (SInt32 index = 1; index <= count; ++index) {
-      const Track referenced = GetTrackReference(source, type, index);
+      Track referenced = GetTrackReference(source, type, index);
       if (referenced == nullptr) continue;
       Track made = nullptr;
       SInt32 status = copyOne(referenced, &made);
@@ -157,7 +157,7 @@ class EditCopy {
  private:
   SInt64 MediaEnd(const TimeSpan& edit, SInt64 start, Fixed rate) const {
     const SInt64 end = TrackTimeToMediaDisplayTime(SInt64{edit.time} + edit.duration, source_);
-    const Media media = GetTrackMedia(source_);
+    Media media = GetTrackMedia(source_);
     // The next edit may show another part of the media.
     const SInt64 played = static_cast<SInt64>(
         Ratio(GetMediaTimeScale(media), std::max(sourceScale_, 1)) * edit.duration * rate / 65536);
@@ -339,7 +339,7 @@ SInt32 QT_AddEmptyTrackEdits(Track track, const QT_TrackGap* gaps) {
 }
 
 SInt32 QT_AddTrackEditsFromSourceMovie(Movie source, Track track, Boolean doubleTimes) {
-  const Media media = GetTrackMedia(track);
+  Media media = GetTrackMedia(track);
   if (source == nullptr || media == nullptr) return source == nullptr ? invalidMovie : invalidTrack;
   const double toMedia = Ratio(GetMediaTimeScale(media), GetMovieTimeScale(source));
   const double toMovie = Ratio(GetMovieTimeScale(GetTrackMovie(track)), GetMovieTimeScale(source));

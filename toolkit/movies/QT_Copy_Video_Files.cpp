@@ -75,7 +75,7 @@ SInt32 QT_CopyVideoFileToMovieFile(const FSRef* sourceFile, SInt32 start, SInt32
   SInt32 status = source.Open(sourceFile);
   if (!status) status = destination.Open(destinationFile);
   if (status) return status;
-  const Track track = destination.video();
+  Track track = destination.video();
   WaitForEvents();
   return QT_CopyMediaWithUpdate(GetTrackMedia(source.video()), start, end, destination.get(),
                                 destinationFile, track, GetTrackMedia(track), saved);

@@ -148,8 +148,8 @@ SInt32 QT_FindDataRefByName(Movie movie, CFStringRef name, Track* track, SInt16*
   if (index != nullptr) *index = 0;
   if (dataReference != nullptr) *dataReference = nullptr;
   for (SInt32 number = 1;; ++number) {
-    const Track present = GetMovieIndTrack(movie, number);
-    const Media media = GetTrackMedia(present);
+    Track present = GetMovieIndTrack(movie, number);
+    Media media = GetTrackMedia(present);
     SInt16 count = 0;
     const SInt32 status = Count(media, &count);
     if (status) return status;

@@ -75,7 +75,7 @@ bool IsMpeg(OSType codecType) {
 /// How often a frame's duration goes into the media of the first enabled video track; -1 if a movie
 /// has none.
 SInt32 FramesOf(Movie movie, SInt32 frameDuration) {
-  const Track track = QT_GetFirstEnabledVideoTrack(movie);
+  Track track = QT_GetFirstEnabledVideoTrack(movie);
   if (track == nullptr) return -1;
   return GetMediaDuration(GetTrackMedia(track)) / std::max(frameDuration, 1);
 }
@@ -262,7 +262,7 @@ SInt32 QT_SelectMovieSamples(Movie movie, Movie second, SInt32 limit, SInt32* fr
 
 SInt32 QT_GetMpegInfo(Movie movie, Boolean* isPal, SInt32* frameCount, SInt32* frameDuration,
                       double* exactDuration) {
-  const Track track = QT_GetFirstVisualTrack(movie);
+  Track track = QT_GetFirstVisualTrack(movie);
   if (track == nullptr) return movie != nullptr ? SInt32{invalidTrack} : SInt32{invalidMovie};
   if (!GetMovieActive(movie)) SetMovieActive(movie, 1);
   if (GetMovieTime(movie, nullptr) != 0) SetMovieTimeValue(movie, 0);

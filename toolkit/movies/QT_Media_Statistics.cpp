@@ -241,7 +241,7 @@ SInt32 QT_GetSampleSize(Track track, SInt32 trackTime, SInt32* size) {
 }
 
 Boolean QT_IsDataOffsetMonotonousWithTrackTime(Track track) {
-  const Media media = GetTrackMedia(track);
+  Media media = GetTrackMedia(track);
   SInt64 last = -1;
   bool rises = media != nullptr;
   WalkTrack(track, nextTimeMediaSample, 0, [&](const TimeSpan& step) {
@@ -262,7 +262,7 @@ SInt32 QT_GetMovieMediaTypeSampleCountAndSize(Movie movie, OSType mediaType, SIn
   *size = 0;
   SInt32 status = movie != nullptr ? noErr : SInt32{invalidMovie};
   WalkTracks(movie, {mediaType, movieTrackMediaType}, [&](Track track) {
-    const Media media = GetTrackMedia(track);
+    Media media = GetTrackMedia(track);
     SInt64 bytes = 0;
     *count += GetMediaSampleCount(media);
     status = GetMediaDataSize64(media, 0, GetMediaDuration(media), &bytes);
@@ -276,7 +276,7 @@ SInt32 QT_GetMovieTotalMediaSize64(Movie movie, SInt64* size) {
   *size = 0;
   SInt32 status = movie != nullptr ? noErr : SInt32{invalidMovie};
   const auto add = [&](Track track, bool isVisual) {
-    const Media media = GetTrackMedia(track);
+    Media media = GetTrackMedia(track);
     if (!isVisual && FormatOf(media, 1) == "vdva"_4cc) return true;
     SInt64 bytes = 0;
     status = ShownSize(media, isVisual, &bytes);

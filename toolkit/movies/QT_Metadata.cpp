@@ -182,7 +182,7 @@ SInt32 QT_MetaDataSetItemValue(QTMetaDataRef metadata, QTMetaDataItem item, cons
 }
 
 SInt32 QT_GetIndexedTrackFirstUserData(Movie movie, SInt32 index, OSType type, Handle data) {
-  const Track track = GetMovieIndTrack(movie, index);
+  Track track = GetMovieIndTrack(movie, index);
   return track != nullptr ? QT_GetTrackFirstUserData(track, type, data) : SInt32{noErr};
 }
 
@@ -193,7 +193,7 @@ SInt32 QT_GetTrackFirstUserData(Track track, OSType type, Handle data) {
 
 SInt32 QT_AddUserDataToTrack(Track track, Handle data, OSType type, Boolean replace) {
   if (track == nullptr || data == nullptr) return paramErr;
-  const UserData userData = GetTrackUserData(track);
+  UserData userData = GetTrackUserData(track);
   if (replace && CountUserDataType(userData, type) > 0) {
     const SInt32 status = RemoveUserData(userData, type, 1);
     if (status) return status;

@@ -253,7 +253,7 @@ SInt32 QT_MovieHasOneSimpleVideoTrack(Movie movie, Boolean* isSimple) {
   });
   if (movie == nullptr || visual != 1 || QT_CountEnabledVideoTracks(movie) != 1)
     return CheckMovie(movie);
-  const Media media = GetTrackMedia(QT_GetFirstEnabledVideoTrack(movie));
+  Media media = GetTrackMedia(QT_GetFirstEnabledVideoTrack(movie));
   Boolean areEquivalent = 0;
   Boolean isCompressed = 0;
   SInt32 status = QT_AreAllImageDescsEquivalent(media, nullptr, &areEquivalent);
@@ -272,7 +272,7 @@ SInt32 QT_EnabledVideoTracksHaveEqualSpatialCharacteristics(Movie movie, Boolean
   if (width != nullptr) *width = 0;
   if (height != nullptr) *height = 0;
   *areEqual = 1;
-  const Track first = QT_GetFirstEnabledVideoTrack(movie);
+  Track first = QT_GetFirstEnabledVideoTrack(movie);
   if (first == nullptr) return CheckMovie(movie);
   Placement placement(first);
   WalkTracks(movie, kEnabledVideo, [&](Track track) {
@@ -359,7 +359,7 @@ SInt32 QT_MovieHasDualMonoSound(Movie movie, Boolean* isDualMono) {
   });
   if (channels.size() == 2) *isDualMono = channels[0] == 1 && channels[1] == 1;
   if (channels.size() == 1 && channels[0] == 2) {
-    const Track track = QT_GetFirstEnabledSoundTrack(movie);
+    Track track = QT_GetFirstEnabledSoundTrack(movie);
     const MediaDescription description(GetTrackMedia(track), 1);
     const std::vector<UInt8> layout = LayoutOf(description.get());
     *isDualMono = layout.empty() ||

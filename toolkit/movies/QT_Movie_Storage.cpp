@@ -19,7 +19,6 @@
 #include "reference_counted.h"
 #include "up_time.h"
 
-using quillmere::AtExit;
 using quillmere::Owned;
 
 namespace {

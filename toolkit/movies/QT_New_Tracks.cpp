@@ -76,7 +76,7 @@ SInt32 AddChapters(Media media, const QT_ChapterRecord* chapters, SInt32 count, 
 
 /// Gives the first description of a track's media a channel layout.
 SInt32 SetLayout(Track track, const void* layout, ByteCount size) {
-  const Media media = GetTrackMedia(track);
+  Media media = GetTrackMedia(track);
   const MediaDescription description(media, 1);
   if (description.status()) return description.status();
   const SInt32 status =
@@ -121,7 +121,7 @@ SInt32 QT_NewSoundTrack(Movie movie, const FSRef* file, TimeScale timeScale, Tra
 
 SInt32 QT_CreateChapterTrack(Movie movie, const QT_ChapterRecord* chapters, SInt32 count) {
   constexpr Rect kBox = {0, 0, 10, 100};
-  const Track image = QT_GetFirstEnabledImageTrack(movie);
+  Track image = QT_GetFirstEnabledImageTrack(movie);
   if (image == nullptr) return QT_NoVideoTrackErr;
   const SInt32 end = GetTrackDuration(image);
   SInt32 status = CheckChapters(chapters, count, end);
@@ -143,7 +143,7 @@ SInt32 QT_CreateChapterTrack(Movie movie, const QT_ChapterRecord* chapters, SInt
 }
 
 SInt32 QT_AddEmptySoundToTrack(Track track, SInt32 trackTime, SInt32 length) {
-  const Media media = GetTrackMedia(track);
+  Media media = GetTrackMedia(track);
   if (length < 1) return invalidDuration;
   const MediaDescription description(media, 1);
   if (description.status()) return description.status();
@@ -171,8 +171,8 @@ SInt32 QT_ChangeDualMonoToStereo(Movie movie) {
   constexpr UInt32 kRight = 2;
   constexpr UInt32 kStereoTag = 0x650002;
   const SInt32 count = QT_CountEnabledSoundTracks(movie);
-  const Track first = QT_GetEnabledSoundTrackByIndex(movie, 1);
-  const Track second = QT_GetEnabledSoundTrackByIndex(movie, 2);
+  Track first = QT_GetEnabledSoundTrackByIndex(movie, 1);
+  Track second = QT_GetEnabledSoundTrackByIndex(movie, 2);
   if (count == 2 && ChannelsOfTrack(first) == 1 && ChannelsOfTrack(second) == 1) {
     const SInt32 status = SetSide(first, kLeft);
     return status ? status : SetSide(second, kRight);

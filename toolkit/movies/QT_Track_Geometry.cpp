@@ -122,8 +122,8 @@ void KeepEdge(const Rect& source, const Rect& sourceMovie, const Rect& destinati
 
 /// Layers a track in relation to the movie's first image track as the source is in its movie.
 void LayerLike(Movie sourceMovie, Movie destinationMovie, Track source, Track track) {
-  const Track first = QT_GetFirstEnabledImageTrack(sourceMovie);
-  const Track other = QT_GetFirstEnabledImageTrack(destinationMovie);
+  Track first = QT_GetFirstEnabledImageTrack(sourceMovie);
+  Track other = QT_GetFirstEnabledImageTrack(destinationMovie);
   if (first == nullptr || other == nullptr) return;
   const SInt32 step = GetTrackLayer(source) - GetTrackLayer(first);
   const SInt32 layer = GetTrackLayer(other);

@@ -30,14 +30,14 @@ inline Track TrackAt(Movie movie, const TrackSelection& selection, SInt32 index)
 /// Calls `visit(track)` for the tracks of a selection by index until it gives false.
 template <class Visit>
 void WalkTracks(Movie movie, const TrackSelection& selection, Visit visit) {
-  for (SInt32 index = 1; const Track track = TrackAt(movie, selection, index); ++index) {
+  for (SInt32 index = 1; Track track = TrackAt(movie, selection, index); ++index) {
     if (!visit(track)) return;
   }
 }
 /// The same for all tracks.
 template <class Visit>
 void WalkTracks(Movie movie, Visit visit) {
-  for (SInt32 index = 1; const Track track = GetMovieIndTrack(movie, index); ++index) {
+  for (SInt32 index = 1; Track track = GetMovieIndTrack(movie, index); ++index) {
     if (!visit(track)) return;
   }
 }
