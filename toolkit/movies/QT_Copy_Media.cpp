@@ -8,6 +8,7 @@
 #include "GL_Memory.h"
 #include "QT_Media_Intervals.h"
 #include "QT_Movie_Info.h"
+#include "descriptions_private.h"
 #include "interval_walks_private.h"
 #include "memory_handles.h"
 #include "reference_counted.h"
@@ -207,7 +208,8 @@ class ReferenceCopy {
     run.numberOfSamples = samples;
   }
   SInt32 Add() {
-    PrepareDescription();
+    const SInt32 status = PrepareDescription();
+    if (status) return status;
     return AddMediaSampleRuns(destination_, description_, count_, references_.data(),
                               offsets_.data(), nullptr);
   }
@@ -215,14 +217,19 @@ class ReferenceCopy {
   SInt32 count() const { return count_; }
 
  private:
-  void PrepareDescription() {
+  /// Clears the reserved bytes and maps the data reference, which a file may say is one that the
+  /// media hasn't.
+  SInt32 PrepareDescription() {
     if (GetHandleSize(description_) < static_cast<Size>(kDataReferenceIndex + sizeof(UInt16)))
-      return;
+      return badImageDescription;
     std::memset(*description_ + kReserved, 0, kReservedSize);
-    UInt16 index = 0;
-    std::memcpy(&index, *description_ + kDataReferenceIndex, sizeof index);
-    if (map_ != nullptr) index = map_[index];
-    std::memcpy(*description_ + kDataReferenceIndex, &index, sizeof index);
+    if (map_ == nullptr) return noErr;
+    SInt16 count = 0;
+    const SInt32 status = GetMediaDataRefCount(source_, &count);
+    const UInt16 index = quillmere::DataReferenceOf(description_);
+    if (status || index < 1 || index > count) return status ? status : SInt32{invalidDataRef};
+    std::memcpy(*description_ + kDataReferenceIndex, &map_[index], sizeof index);
+    return noErr;
   }
 
   Media source_;
