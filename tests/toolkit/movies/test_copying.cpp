@@ -19,9 +19,11 @@
 #include "QT_Movie_Info.h"
 #include "QT_Movie_Storage.h"
 #include "QT_Tracks.h"
+#include "atom_builder.h"
 #include "cf_strings.h"
 #include "file_calls.h"
 #include "file_objects.h"
+#include "image_descriptions.h"
 #include "media_editing.h"
 #include "media_times.h"
 #include "memory_handles.h"
@@ -232,6 +234,54 @@ TEST_F(Copying, SpansOfMediaByValueAndByReference) {
   }
 }
 
+TEST_F(Copying, SeveralDescriptionsAndDataReferences) {
+  RunFfmpeg({"-f", "lavfi", "-i", "testsrc2=s=64x48:d=1:r=25", "-c:v", "mjpeg",
+             (*folder_ / "other.mov").string()});
+  const Track video = QT_GetFirstVideoTrack(Open("source.mov"));
+  const Media first = GetTrackMedia(video);
+  const Media second = GetTrackMedia(QT_GetFirstVideoTrack(Open("other.mov")));
+  Track mixed = nullptr;
+  const Movie movie = Create("mixed.mov", video, &mixed);
+  const Media media = GetTrackMedia(mixed);
+  for (const Media source : {first, second, first}) {
+    UInt16* map = nullptr;
+    ASSERT_EQ(noErr, QT_CopyDataReferencesIfNeeded(source, media, &map));
+    ASSERT_EQ(noErr, QT_CopyMediaByReference64(source, media, 300, 5000, map));
+    std::free(map);
+    ASSERT_EQ(noErr, QT_CopyMedia(source, media, 700, 4000));
+  }
+  SInt16 references = 0;
+  EXPECT_EQ(noErr, GetMediaDataRefCount(media, &references));
+  EXPECT_EQ(3, references);
+  EXPECT_EQ(4, GetMediaSampleDescriptionCount(media));
+  SInt32 start = 0;
+  EXPECT_EQ(noErr, QT_DataRefIndexToStartTime(1, media, &start));
+  EXPECT_EQ(4700, start);
+  ASSERT_EQ(noErr, InsertMediaIntoTrack(mixed, 0, 0, GetMediaDuration(media), 0x10000));
+  Boolean is_in_file = 0;
+  ASSERT_EQ(noErr, QT_SaveMovie(movie, &file_, &is_in_file));
+
+  const Media read = GetTrackMedia(QT_GetFirstVideoTrack(Open("mixed.mov")));
+  const std::vector<Sample> samples = SamplesOf(read);
+  ASSERT_EQ(SamplesOf(media), samples);
+  std::mt19937 random(5);
+  for (int round = 0; round < 10; ++round) {
+    auto from = static_cast<SInt32>(random() % 20000);
+    auto to = static_cast<SInt32>(random() % 20000);
+    if (to < from) std::swap(from, to);
+    Track copy = nullptr;
+    Create("span.mov", video, &copy);
+    UInt16* map = nullptr;
+    ASSERT_EQ(noErr, QT_CopyDataReferencesIfNeeded(read, GetTrackMedia(copy), &map));
+    ASSERT_EQ(noErr, QT_CopyMediaByReference64(read, GetTrackMedia(copy), from, to, map));
+    std::free(map);
+    EXPECT_EQ(Cut(samples, from, to), SamplesOf(GetTrackMedia(copy)));
+    Create("span.mov", video, &copy);
+    ASSERT_EQ(noErr, QT_CopyMedia(read, GetTrackMedia(copy), from, to));
+    EXPECT_EQ(Cut(samples, from, to), SamplesOf(GetTrackMedia(copy)));
+  }
+}
+
 TEST_F(Copying, SoundInPacketsStaysInPackets) {
   const Movie source = Open("packets.mov");
   const Track track = QT_GetFirstSoundTrack(source);
@@ -370,6 +420,60 @@ TEST_F(Copying, WholeMoviesAndTheirMetadata) {
   EXPECT_EQ(1, index);
   EXPECT_EQ(invalidMedia, QT_FindDataRefByName(again, CFSTR("other.mov"), &found, &index, nullptr));
   EXPECT_EQ(nullptr, found);
+}
+
+TEST_F(Copying, DataAndMoviesTakeTurnsInAFile) {
+  const Track video = QT_GetFirstVideoTrack(Open("source.mov"));
+  const Media source = GetTrackMedia(video);
+  Track track = nullptr;
+  const Movie movie = Create("turns.mov", video, &track);
+  const Media media = GetTrackMedia(track);
+  Boolean is_in_file = 0;
+  ASSERT_EQ(noErr, BeginMediaEdits(media));
+  for (int turn = 0; turn < 3; ++turn) {  // a movie is saved while data is still being added
+    ASSERT_EQ(noErr, QT_CopyMedia(source, media, turn * 4000, turn * 4000 + 3000));
+    ASSERT_EQ(noErr, QT_SaveMovie(movie, &file_, &is_in_file));
+    ASSERT_EQ(SamplesOf(media), SamplesOf(GetTrackMedia(QT_GetFirstVideoTrack(Open("turns.mov")))));
+  }
+  ASSERT_EQ(noErr, EndMediaEdits(media));
+  EXPECT_EQ(noMediaEdits, EndMediaEdits(media));
+  // Room of older movies is used again: the file doesn't grow by saving.
+  ASSERT_EQ(noErr, QT_SaveMovie(movie, &file_, &is_in_file));
+  ASSERT_EQ(noErr, QT_SaveMovie(movie, &file_, &is_in_file));
+  const auto size = std::filesystem::file_size(*folder_ / "turns.mov");
+  ASSERT_EQ(noErr, QT_SaveMovie(movie, &file_, &is_in_file));
+  EXPECT_EQ(size, std::filesystem::file_size(*folder_ / "turns.mov"));
+}
+
+/// Movies of other makers may end in an atom that reaches to the end of the file, or is cut off.
+TEST_F(Copying, FilesThatEndInAnOpenAtomTakeMoreData) {
+  const Track video = QT_GetFirstVideoTrack(Open("source.mov"));
+  RunFfmpeg({"-i", (*folder_ / "source.mov").string(), "-c", "copy", "-movie_timescale", "600",
+             "-movflags", "+faststart", (*folder_ / "first.mov").string()});
+  const Bytes whole = ReadFile(*folder_ / "first.mov");
+  const std::vector<AtomPlace> atoms = AtomsIn(whole, 0, whole.size());
+  ASSERT_EQ("mdat", TypeAt(whole, atoms.back()));
+  for (const UInt64 size_field : {UInt64{0}, UInt64{atoms.back().size + 1000}}) {
+    Bytes open = whole;
+    PutNumber(&open, atoms.back().offset, size_field, 4);
+    WriteFile(*folder_ / "open.mov", open);
+    const FSRef file = ReferenceTo(*folder_ / "open.mov");
+    Track copy = nullptr;
+    ASSERT_EQ(noErr, QT_CopyTrack(video, nullptr, 1, &file, &copy));
+    const Movie again = Open("open.mov");
+    EXPECT_EQ(2, QT_CountVideoTracks(again));
+    EXPECT_EQ(SamplesOf(GetTrackMedia(video)),
+              SamplesOf(GetTrackMedia(QT_GetFirstVideoTrack(again))));
+    ExpectShowsTheSame(video, GetMovieIndTrackType(again, 2, "vide"_4cc, 1), 0,
+                       GetTrackDuration(video));
+  }
+  Bytes padded = whole;
+  padded.insert(padded.end(), 3, 0);
+  WriteFile(*folder_ / "open.mov", padded);
+  const FSRef file = ReferenceTo(*folder_ / "open.mov");
+  Track copy = nullptr;
+  EXPECT_EQ(badPublicMovieAtom, QT_CopyTrack(video, nullptr, 1, &file, &copy));
+  EXPECT_EQ(padded, ReadFile(*folder_ / "open.mov")) << "what can't be added to stays";
 }
 
 /// Each write fails in turn: the file then opens with the old or the new movie.
