@@ -27,6 +27,11 @@ bool IsWanted(const DisplayView& view, const ShownSample& shown, int kind) {
 
 }  // namespace
 
+Boolean MediaContainsDisplayOffsets(Media media) {
+  DisplayView view;
+  return Open(media, &view) && view.table().has_composition_offsets();
+}
+
 TimeValue64 GetMediaDisplayStartTime(Media media) {
   DisplayView view;
   return Open(media, &view) ? view.begin() : 0;

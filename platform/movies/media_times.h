@@ -76,6 +76,8 @@ void SampleNumToMediaTime(Media media, SInt32 number, TimeValue* sample_time,
 
 /// The media's samples by display time: when the first one is shown, how long all are, and the sum
 /// of all decode durations.
+/// Whether samples are shown at other times than they are decoded at.
+Boolean MediaContainsDisplayOffsets(Media media);
 TimeValue64 GetMediaDisplayStartTime(Media media);
 TimeValue64 GetMediaDisplayDuration(Media media);
 TimeValue64 GetMediaDecodeDuration(Media media);

@@ -101,16 +101,22 @@ class Analysis {
   Boolean* odd_;
 };
 
-/// Calls `visit(time, duration)` for the samples of a media in the order in which they are shown.
+/// Calls `visit(duration)` for the durations for which samples of a media are shown, those of like
+/// samples once, until it gives false.
 template <class Visit>
-SInt32 WalkShown(Media media, Visit visit) {
+SInt32 WalkShownDurations(Media media, Visit visit) {
   if (media == nullptr) return invalidMedia;
+  if (!MediaContainsDisplayOffsets(media)) {
+    return WalkRuns(media, [&visit](const SampleReference64Record& run) {
+      return visit(SInt64{run.durationPerSample});
+    });
+  }
   SInt64 time = GetMediaDisplayStartTime(media);
   SInt64 duration = 0;
   for (SInt16 flags = nextTimeMediaSample | nextTimeEdgeOK;; flags = nextTimeStep) {
     GetMediaNextInterestingDisplayTime(media, flags, time, kForwards, &time, &duration);
     if (GetMoviesError()) return GetMoviesError();
-    if (time == -1 || !visit(time, duration)) return noErr;
+    if (time == -1 || !visit(duration)) return noErr;
   }
 }
 
@@ -171,7 +177,7 @@ SInt32 QT_GetFirstMediaDuration(Media media, Boolean wide, void* duration) {
 SInt32 QT_AllMediaDurationsEqual(Media media, SInt64* duration) {
   *duration = 0;
   bool isFirst = true;
-  return WalkShown(media, [&](SInt64, SInt64 each) {
+  return WalkShownDurations(media, [&](SInt64 each) {
     const bool isEqual = std::exchange(isFirst, false) || each == *duration;
     *duration = isEqual ? each : 0;
     return isEqual;
@@ -180,7 +186,7 @@ SInt32 QT_AllMediaDurationsEqual(Media media, SInt64* duration) {
 
 SInt32 QT_MediaHasOddDurations(Media media, Boolean* hasOdd) {
   *hasOdd = 0;
-  return WalkShown(media, [hasOdd](SInt64, SInt64 duration) {
+  return WalkShownDurations(media, [hasOdd](SInt64 duration) {
     *hasOdd = duration % 2 != 0;
     return *hasOdd == 0;
   });
