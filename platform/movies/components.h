@@ -25,6 +25,7 @@ inline constexpr UInt32 cmpIsMissing = 0x20000000;
 /// Types of components.
 inline constexpr OSType kGraphicsImporterType = "grip"_4cc;
 inline constexpr OSType kGraphicsExporterType = "grex"_4cc;
+inline constexpr OSType kCompressorType = "imco"_4cc;
 inline constexpr OSType kDecompressorType = "imdc"_4cc;
 inline constexpr OSType kMediaHandlerType = "mhlr"_4cc;
 inline constexpr OSType kMovieImporterType = "eat "_4cc;

@@ -8,6 +8,7 @@
 
 #include "CA_Layouts.h"
 #include "LL_Linked_Lists.h"
+#include "QT_Compression.h"
 #include "QT_Copy_Media.h"
 #include "QT_Frame_Statistics.h"
 #include "QT_Media_Statistics.h"
@@ -17,6 +18,7 @@
 #include "QT_New_Tracks.h"
 #include "QT_Tracks.h"
 #include "cf_strings.h"
+#include "drawing.h"
 #include "file_objects.h"
 #include "image_descriptions.h"
 #include "media_editing.h"
@@ -308,6 +310,52 @@ TEST_F(MadeMovie, ChaptersAreReadByOtherPrograms) {
             RunOrFail({"ffprobe", "-v", "error", "-show_entries",
                        "chapter=start_time,end_time:chapter_tags=title", "-of", "csv=p=0",
                        (folder_ / "made.mov").string()}));
+}
+
+TEST_F(MadeMovie, DrawnImagesAreCompressedIntoSamples) {
+  Track track = nullptr;
+  Media media = nullptr;
+  ASSERT_EQ(noErr, QT_NewVideoTrack(movie_, &file_, 24, 40, 600, &track, &media));
+  const auto draw = [](Rect rect, SInt64 red, SInt64, SInt64) {
+    const RGBColor color = {static_cast<UInt16>(red), 0, 0};
+    RGBForeColor(&color);
+    PaintRect(&rect);
+  };
+  SInt32 time = -1;
+  const OSType codecs[] = {"png "_4cc, "jpeg"_4cc, "raw "_4cc};
+  for (const OSType codec : codecs)
+    ASSERT_EQ(noErr, QT_AddCompressedTextImageToMedia(40 << 16, 24 << 16, draw, 65535, 0, 0, media,
+                                                      codec, 200, &time));
+  EXPECT_EQ(400, time);
+  EXPECT_EQ(-8961, QT_AddCompressedTextImageToMedia(40 << 16, 24 << 16, draw, 0, 0, 0, media,
+                                                    "none"_4cc, 200, &time));
+  EXPECT_EQ(3, GetMediaSampleDescriptionCount(media));
+  ASSERT_EQ(noErr, InsertMediaIntoTrack(track, 0, 0, 200, 0x10000));
+  Boolean is_in_file = 0;
+  ASSERT_EQ(noErr, QT_SaveMovie(movie_, &file_, &is_in_file));
+  // FFmpeg sees the picture: all of it is red.
+  RunFfmpeg({"-i", (folder_ / "made.mov").string(), "-frames:v", "1", "-pix_fmt", "rgb24", "-f",
+             "rawvideo", (folder_ / "frame").string()});
+  const Bytes frame = ReadFile(folder_ / "frame");
+  ASSERT_EQ(40U * 24 * 3, frame.size());
+  for (std::size_t i = 0; i < frame.size(); i += 3)
+    ASSERT_TRUE(frame[i] == 255 && frame[i + 1] == 0 && frame[i + 2] == 0) << i;
+
+  const Rect rect = {0, 0, 24, 40};
+  SInt32 size = 0;
+  EXPECT_EQ(noErr, QT_GetMaxCompressionSize(&rect, 32, nullptr, 512, "raw "_4cc, &size));
+  EXPECT_EQ(40 * 24 * 4, size);
+  EXPECT_EQ(noErr, QT_GetCSequenceMaxComprSize(&rect, 32, 512, "jpeg"_4cc, nullptr, &size));
+  EXPECT_GT(size, 40 * 24);
+  EXPECT_EQ(noErr, QT_GetMaxCompressionSizeFromMovieSimple(movie_, 512, "png "_4cc, &size));
+  Point enforced = {1, 1};
+  EXPECT_EQ(noErr, QT_GetQTMovieCompressorEnforcedSize("jpeg"_4cc, nullptr, &enforced));
+  EXPECT_EQ(0, enforced.h);
+  EXPECT_EQ(-3000, QT_GetQTMovieCompressorEnforcedSize("icod"_4cc, nullptr, &enforced));
+  Boolean can = 1;
+  EXPECT_EQ(noErr, QT_CanCodecChFieldDomLossless("jpeg"_4cc, &can));
+  EXPECT_FALSE(can);
+  EXPECT_EQ(11004, QT_CanCodecChFieldDomLossless("dvc "_4cc, &can));
 }
 
 TEST(MpegMovies, RatesAndDimensionsAreGuessed) {

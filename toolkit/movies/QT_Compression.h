@@ -1,0 +1,38 @@
+/// Compressors asked what they enforce on pictures and how large they get, and a drawn image added
+/// to a media.
+///
+/// Settings are a compressor's own bytes, null or empty for none. Statuses are those of the
+/// compressors (image_compression.h): where there is none of a type they say so.
+#pragma once
+
+#include "QT_Ide.h"
+#include "base_types.h"
+#include "image_compression.h"
+#include "movie_toolbox.h"
+
+/// The size in pixels that a compressor enforces, 0 for what it doesn't; for an open compressor,
+/// and for a codec type with settings, whose size is corrected where compressors tell a wrong one.
+SInt32 QT_GetCompressorCompEnforcedSize(CompressorComponent compressor, Point* size);
+SInt32 QT_GetQTMovieCompressorEnforcedSize(OSType codecType, Handle settings, Point* size);
+
+/// Whether a codec's compressor changes the order of fields without loss. 11004 where there is no
+/// compressor.
+SInt32 QT_CanCodecChFieldDomLossless(OSType codecType, Boolean* can);
+
+/// The most bytes that a picture of a rectangle's size takes, alone or in a sequence. Pictures here
+/// have 32 bits a pixel, whatever format is named.
+SInt32 QT_GetMaxCompressionSize(const Rect* rect, OSType pixelFormat, Handle settings,
+                                CodecQ quality, OSType codecType, SInt32* size);
+SInt32 QT_GetCSequenceMaxComprSize(const Rect* rect, OSType pixelFormat, CodecQ quality,
+                                   OSType codecType, Handle settings, SInt32* size);
+/// The same for a picture of the size of a movie's box.
+SInt32 QT_GetMaxCompressionSizeFromMovieSimple(Movie movie, CodecQ quality, OSType codecType,
+                                               SInt32* size);
+
+/// Draws into a rectangle of the current port; the constants are the caller's.
+using QT_DrawTextImageProc = void (*)(Rect rect, SInt64 first, SInt64 second, SInt64 third);
+/// Lets a procedure draw an image, of a size in 16.16 pixels, compresses it and adds it to a media
+/// as one sample; `sampleTime` may be null.
+SInt32 QT_AddCompressedTextImageToMedia(Fixed width, Fixed height, QT_DrawTextImageProc draw,
+                                        SInt64 first, SInt64 second, SInt64 third, Media media,
+                                        OSType codecType, SInt32 duration, SInt32* sampleTime);
