@@ -11,6 +11,9 @@ struct QTMetaData {
   MovieRecord* movie;
   TrackRecord* track;  ///< null for a movie's
   bool is_media;
+  /// The items of each format as they were after so many changes of the movie's; none at first.
+  std::vector<std::vector<quillmere::movies::MetadataItem>> items = {};
+  UInt64 changes_seen = 0;
 };
 
 using namespace quillmere::movies;
@@ -30,24 +33,45 @@ QTMetaDataItem NumberOf(std::size_t format, std::size_t place) {
   return (static_cast<UInt64>(format + 1) << 32) | place;
 }
 
+/// All items by format, read anew when something has changed them.
+std::vector<std::vector<MetadataItem>>& ItemsOf(QTMetaData* metadata) {
+  const UInt64 changes = metadata->movie->metadata_changes;
+  if (!metadata->items.empty() && metadata->changes_seen == changes) return metadata->items;
+  const Atom* owner = OwnerOf(*metadata);
+  metadata->items.clear();
+  for (const auto& format : MetadataFormats())
+    metadata->items.push_back(owner != nullptr ? format->Read(*owner)
+                                               : std::vector<MetadataItem>());
+  metadata->changes_seen = changes;
+  return metadata->items;
+}
+
+/// Writes the items of a format into the owner.
+OSStatus WriteItems(QTMetaData* metadata, std::size_t format,
+                    const std::vector<MetadataItem>& items) {
+  Atom* owner = OwnerOf(*metadata);
+  if (owner == nullptr) return invalidMedia;
+  if (items.size() > kMostMetadataItems) return memFullErr;
+  ++metadata->movie->metadata_changes;
+  const OSStatus status = MetadataFormats()[format]->Write(owner, items);
+  if (metadata->track == nullptr) FindTrackAtoms(metadata->movie);
+  return status;
+}
+
 /// Where an item is kept.
 struct ItemPlace {
-  const MetadataFormat* format = nullptr;
-  std::vector<MetadataItem> items;  ///< all of the format
+  std::size_t format = 0;
   std::size_t place = 0;
-  MetadataItem& item() { return items[place]; }
 };
 
 OSStatus FindItem(QTMetaDataRef metadata, QTMetaDataItem number, ItemPlace* place) {
   if (metadata == nullptr) return paramErr;
-  const auto& formats = MetadataFormats();
+  const auto& items = ItemsOf(metadata);
   const UInt64 format = number >> 32;
-  const Atom* owner = OwnerOf(*metadata);
-  if (format < 1 || format > formats.size() || owner == nullptr) return kQTMetaDataInvalidItemErr;
-  place->format = formats[format - 1].get();
-  place->items = place->format->Read(*owner);
-  place->place = static_cast<std::size_t>(number & 0xFFFFFFFF);
-  return place->place < place->items.size() ? OSStatus{noErr} : OSStatus{kQTMetaDataInvalidItemErr};
+  if (format < 1 || format > items.size()) return kQTMetaDataInvalidItemErr;
+  *place = {static_cast<std::size_t>(format - 1), static_cast<std::size_t>(number & 0xFFFFFFFF)};
+  const bool is_there = place->place < items[place->format].size();
+  return is_there ? OSStatus{noErr} : OSStatus{kQTMetaDataInvalidItemErr};
 }
 
 /// What a walk looks for.
@@ -65,16 +89,16 @@ struct Filter {
   }
 };
 
-/// Calls `visit(number)` for the items that a filter takes until it gives false.
+/// Calls `visit(number)` for the items behind one that a filter takes until it gives false.
 template <class Visit>
-void ForEachItem(const QTMetaData& metadata, const Filter& filter, Visit visit) {
-  const Atom* owner = OwnerOf(metadata);
-  const auto& formats = MetadataFormats();
-  for (std::size_t i = 0; owner != nullptr && i < formats.size(); ++i) {
-    if (!filter.Takes(*formats[i])) continue;
-    const std::vector<MetadataItem> items = formats[i]->Read(*owner);
-    for (std::size_t place = 0; place < items.size(); ++place) {
-      if (filter.Takes(items[place]) && !visit(NumberOf(i, place))) return;
+void ForEachItem(QTMetaData* metadata, const Filter& filter, QTMetaDataItem behind, Visit visit) {
+  const auto& items = ItemsOf(metadata);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (!filter.Takes(*MetadataFormats()[i])) continue;
+    std::size_t place = 0;
+    if (behind >= NumberOf(i, 0)) place = static_cast<std::size_t>(behind - NumberOf(i, 0)) + 1;
+    for (; place < items[i].size(); ++place) {
+      if (filter.Takes(items[i][place]) && !visit(NumberOf(i, place))) return;
     }
   }
 }
@@ -93,23 +117,23 @@ std::vector<UInt8> BytesOf(UInt32 value) {
 }
 
 /// A property as the bytes that a caller gets: numbers in native order.
-OSStatus ItemProperty(ItemPlace* place, OSType id, std::vector<UInt8>* bytes) {
-  MetadataItem& item = place->item();
+OSStatus ItemProperty(const MetadataFormat& format, const MetadataItem& item, OSType id,
+                      std::vector<UInt8>* bytes) {
   switch (id) {
     case "valu"_4cc:
-      *bytes = std::move(item.value);
+      *bytes = item.value;
       return noErr;
     case "key "_4cc:
-      *bytes = std::move(item.key);
+      *bytes = item.key;
       return noErr;
     case "dtyp"_4cc:
       *bytes = BytesOf(item.data_type);
       return noErr;
     case "sfmt"_4cc:
-      *bytes = BytesOf(place->format->storage_format());
+      *bytes = BytesOf(format.storage_format());
       return noErr;
     case "keyf"_4cc:
-      *bytes = BytesOf(place->format->key_format());
+      *bytes = BytesOf(format.key_format());
       return noErr;
     case "loc "_4cc:
       if (item.locale == 0) return kQTPropertyNotSupportedErr;
@@ -125,8 +149,9 @@ OSStatus GetItemBytes(QTMetaDataRef metadata, QTMetaDataItem item, OSType proper
   ItemPlace place;
   const OSStatus status = FindItem(metadata, item, &place);
   if (status != noErr) return status;
-  return property_class == kItemClass ? ItemProperty(&place, id, bytes)
-                                      : OSStatus{kQTPropertyNotSupportedErr};
+  if (property_class != kItemClass) return kQTPropertyNotSupportedErr;
+  return ItemProperty(*MetadataFormats()[place.format], metadata->items[place.format][place.place],
+                      id, bytes);
 }
 
 OSStatus GetBytes(QTMetaDataRef metadata, OSType property_class, OSType id,
@@ -139,11 +164,11 @@ OSStatus GetBytes(QTMetaDataRef metadata, OSType property_class, OSType id,
   } else if (id == "ownr"_4cc) {
     *bytes = BytesOf(is_movie ? 0 : TrackHeaderOf(*metadata->track).id);
   } else if (id == "fmts"_4cc) {
-    const Atom* owner = OwnerOf(*metadata);
     bytes->clear();
-    for (const auto& format : MetadataFormats()) {
-      if (owner == nullptr || format->Read(*owner).empty()) continue;
-      const std::vector<UInt8> code = BytesOf(format->storage_format());
+    const auto& items = ItemsOf(metadata);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      if (items[i].empty()) continue;
+      const std::vector<UInt8> code = BytesOf(MetadataFormats()[i]->storage_format());
       bytes->insert(bytes->end(), code.begin(), code.end());
     }
   } else {
@@ -198,9 +223,9 @@ OSStatus QTMetaDataGetNextItem(QTMetaDataRef metadata, OSType storage_format, QT
   if (metadata == nullptr || next == nullptr) return paramErr;
   *next = kQTMetaDataItemUninitialized;
   const Filter filter = {storage_format, key_format, {key, key != nullptr ? key_size : 0}};
-  ForEachItem(*metadata, filter, [&](QTMetaDataItem number) {
-    if (number > item) *next = number;
-    return *next == kQTMetaDataItemUninitialized;
+  ForEachItem(metadata, filter, item, [next](QTMetaDataItem number) {
+    *next = number;
+    return false;
   });
   return *next != kQTMetaDataItemUninitialized ? OSStatus{noErr}
                                                : OSStatus{kQTMetaDataNoMoreItemsErr};
@@ -212,7 +237,8 @@ OSStatus QTMetaDataGetItemCountWithKey(QTMetaDataRef metadata, OSType storage_fo
   if (metadata == nullptr || count == nullptr) return paramErr;
   *count = 0;
   const Filter filter = {storage_format, key_format, {key, key != nullptr ? key_size : 0}};
-  ForEachItem(*metadata, filter, [&](QTMetaDataItem) { return ++*count > 0; });
+  ForEachItem(metadata, filter, kQTMetaDataItemUninitialized,
+              [count](QTMetaDataItem) { return ++*count > 0; });
   return noErr;
 }
 
@@ -225,14 +251,12 @@ OSStatus QTMetaDataAddItem(QTMetaDataRef metadata, OSType storage_format, OSType
   const auto format = std::ranges::find_if(formats, [&](const auto& each) {
     return each->storage_format() == storage_format && each->key_format() == key_format;
   });
-  Atom* owner = OwnerOf(*metadata);
-  if (format == formats.end() || owner == nullptr) return kQTMetaDataInvalidStorageFormatErr;
-  std::vector<MetadataItem> items = (*format)->Read(*owner);
+  if (format == formats.end()) return kQTMetaDataInvalidStorageFormatErr;
+  const auto index = static_cast<std::size_t>(format - formats.begin());
+  std::vector<MetadataItem> items = ItemsOf(metadata)[index];
   items.push_back({{key, key + key_size}, {value, value + value_size}, data_type, 0});
-  const OSStatus status = (*format)->Write(owner, items);
-  if (metadata->track == nullptr) FindTrackAtoms(metadata->movie);
-  if (status == noErr && item != nullptr)
-    *item = NumberOf(static_cast<std::size_t>(format - formats.begin()), items.size() - 1);
+  const OSStatus status = WriteItems(metadata, index, items);
+  if (status == noErr && item != nullptr) *item = NumberOf(index, items.size() - 1);
   return status;
 }
 
@@ -261,15 +285,17 @@ OSStatus QTMetaDataSetItemProperty(QTMetaDataRef metadata, QTMetaDataItem item,
   if (status != noErr) return status;
   if (value == nullptr && size > 0) return paramErr;
   const auto* bytes = static_cast<const UInt8*>(value);
+  std::vector<MetadataItem> items = metadata->items[place.format];
+  MetadataItem& changed = items[place.place];
   if (property_class == kItemClass && property_id == "valu"_4cc) {
-    place.item().value.assign(bytes, bytes + size);
+    changed.value.assign(bytes, bytes + size);
   } else if (property_class == kItemClass && property_id == "loc "_4cc) {
     if (size != sizeof(UInt32)) return paramErr;
-    std::memcpy(&place.item().locale, bytes, sizeof(UInt32));
+    std::memcpy(&changed.locale, bytes, sizeof(UInt32));
   } else {
     return kQTPropertyNotSupportedErr;
   }
-  return place.format->Write(OwnerOf(*metadata), place.items);
+  return WriteItems(metadata, place.format, items);
 }
 
 OSStatus QTMetaDataGetPropertyInfo(QTMetaDataRef metadata, OSType property_class,

@@ -7,9 +7,10 @@
 /// | `itms` | `meta` within user data | `itsk`, four characters |
 /// | `udta` | user data | `udta`, four characters |
 ///
-/// Items are numbered as long as no item before them goes. Statuses: paramErr,
-/// kQTMetaDataInvalidItemErr, kQTMetaDataNoMoreItemsErr, kQTPropertyNotSupportedErr,
-/// kQTMetaDataInvalidStorageFormatErr, kQTMetaDataInvalidKeyErr; -2184 for room that is too small.
+/// An owner has at most 4,096 items of a format; memFullErr beyond. Items are numbered as long as
+/// no item before them goes. Statuses: paramErr, kQTMetaDataInvalidItemErr,
+/// kQTMetaDataNoMoreItemsErr, kQTPropertyNotSupportedErr, kQTMetaDataInvalidStorageFormatErr,
+/// kQTMetaDataInvalidKeyErr; -2184 for room that is too small.
 #pragma once
 
 #include "movie_toolbox.h"

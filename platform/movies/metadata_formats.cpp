@@ -72,7 +72,7 @@ std::vector<MetadataItem> ReadItemList(const Atom* ilst, KeyOf key_of) {
   if (ilst == nullptr) return items;
   ForEachAtom(ilst->payload(), [&](OSType type, std::span<const UInt8> entry) {
     ForEachAtom(entry, [&](OSType kind, std::span<const UInt8> data) {
-      if (kind != kDataAtom || data.size() < kFields) return;
+      if (kind != kDataAtom || data.size() < kFields || items.size() > kMostMetadataItems) return;
       items.push_back({key_of(type), Bytes(data.subspan(kFields)), ReadU32(data.data()) & 0xFFFFFF,
                        ReadU32(data.data() + 4)});
     });
@@ -183,6 +183,7 @@ class UserDataFormat final : public MetadataFormat {
     if (udta == nullptr) return items;
     for (const Atom& child : udta->children()) {
       if (child.type() == "meta"_4cc || !child.children().empty()) continue;
+      if (items.size() > kMostMetadataItems) break;
       if (IsText(child.type())) {
         ReadTexts(child, &items);
       } else {
@@ -226,7 +227,7 @@ class UserDataFormat final : public MetadataFormat {
   static void ReadTexts(const Atom& atom, std::vector<MetadataItem>* items) {
     constexpr UInt32 kFirstPackedLanguage = 0x400;  // below are those of the classic system
     std::span<const UInt8> bytes = atom.payload();
-    while (bytes.size() >= 4) {
+    while (bytes.size() >= 4 && items->size() <= kMostMetadataItems) {
       const std::size_t size = std::min<std::size_t>(ReadU16(bytes.data()), bytes.size() - 4);
       const UInt32 language = ReadU16(bytes.data() + 2);
       const UInt32 type =

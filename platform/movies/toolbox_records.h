@@ -70,6 +70,7 @@ struct MovieRecord {
   quillmere::movies::MovieFile file;  ///< its `movie` is the tree
   std::vector<std::unique_ptr<TrackRecord>> tracks;
   std::unique_ptr<UserDataRecord> user_data;
+  UInt64 metadata_changes = 0;  ///< how often metadata or user data has been written
   bool active = false;
   SInt64 time = 0;  ///< movie time units
   TimeValue selection_time = 0;

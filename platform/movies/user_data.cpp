@@ -82,6 +82,7 @@ OSErr AddUserData(UserData user_data, Handle data, OSType type) {
   const auto* bytes = reinterpret_cast<const UInt8*>(*data);
   item.set_payload({bytes, bytes + GetHandleSize(data)});
   udta->Add(std::move(item));
+  ++user_data->movie->metadata_changes;
   return noErr;
 }
 
@@ -91,6 +92,7 @@ OSErr RemoveUserData(UserData user_data, OSType type, SInt32 index) {
   const std::size_t place = udta != nullptr ? FindItem(*udta, type, index) : 0;
   if (udta == nullptr || place == udta->children().size()) return userDataItemNotFound;
   udta->children().erase(udta->children().begin() + static_cast<std::ptrdiff_t>(place));
+  ++user_data->movie->metadata_changes;
   return noErr;
 }
 
