@@ -11,10 +11,6 @@ using namespace quillmere::movies;
 
 namespace {
 
-OSErr Note(OSStatus status) {
-  return static_cast<OSErr>(NoteStatus(status));
-}
-
 Atom* ReferencesOf(Media media) {
   return TrackAtom(*media->track).FindPath({"mdia"_4cc, "minf"_4cc, "dinf"_4cc, "dref"_4cc});
 }

@@ -54,15 +54,15 @@ SInt32 GetMediaSampleDescriptionCount(Media media) {
 
 OSErr SetMediaSampleDescription(Media media, SInt32 index, SampleDescriptionHandle description) {
   Atom* const stsd = DescriptionsOf(media);
-  if (stsd == nullptr) return static_cast<OSErr>(NoteStatus(invalidMedia));
+  if (stsd == nullptr) return Note(invalidMedia);
   Atom* const entry = EntryAt(stsd, index);
   if (entry == nullptr || description == nullptr || *description == nullptr)
-    return static_cast<OSErr>(NoteStatus(paramErr));
+    return Note(paramErr);
   Atom made(0);
   const auto* bytes = reinterpret_cast<const UInt8*>(*description);
   const OSStatus status =
       MakeDescriptionAtom({bytes, static_cast<std::size_t>(GetHandleSize(description))},
                           MediaTypeOf(*media->track), &made);
   if (!status) *entry = std::move(made);
-  return static_cast<OSErr>(NoteStatus(status));
+  return Note(status);
 }

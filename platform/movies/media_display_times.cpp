@@ -10,10 +10,6 @@ using namespace quillmere::movies;
 
 namespace {
 
-OSErr Note(OSStatus status) {
-  return static_cast<OSErr>(NoteStatus(status));
-}
-
 /// A view of a media, with the status noted.
 bool Open(Media media, DisplayView* view) {
   return NoteStatus(media != nullptr ? view->Open(media) : OSStatus{invalidMedia}) == noErr;

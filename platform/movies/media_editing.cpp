@@ -14,10 +14,6 @@ using namespace quillmere::movies;
 
 namespace {
 
-OSErr Note(OSStatus status) {
-  return static_cast<OSErr>(NoteStatus(status));
-}
-
 /// A sample's duration in full: that of a movie longer than a TimeValue can say is cut only where
 /// the sample table's 32 bits end.
 UInt32 FullSampleDuration(const MediaRecord& media, SInt64 duration) {

@@ -15,10 +15,6 @@ namespace {
 
 constexpr UInt64 kPreferredChunk = UInt64{1} << 20;
 
-OSErr Note(OSStatus status) {
-  return static_cast<OSErr>(NoteStatus(status));
-}
-
 template <class T, class U>
 void Store(T* place, U value) {
   if (place != nullptr) *place = static_cast<T>(value);

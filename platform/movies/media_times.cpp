@@ -98,7 +98,7 @@ OSErr GetMediaDataSize64(Media media, TimeValue start, TimeValue duration, SInt6
   Store(size, SInt64{0});
   const SampleTable* table = TableOf(media);
   if (table == nullptr) return GetMoviesError();
-  if (start < 0 || duration < 0) return static_cast<OSErr>(NoteStatus(invalidTime));
+  if (start < 0 || duration < 0) return Note(invalidTime);
   const SInt64 end = std::min(SInt64{start} + duration, table->duration());
   const auto first = table->SampleAtTime(start);
   const auto last = table->SampleAtTime(end - 1);

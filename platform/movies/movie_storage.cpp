@@ -33,10 +33,6 @@ namespace files = quillmere::files;
 
 constexpr UInt32 kNewMovieScale = 600;
 
-OSErr Note(OSStatus status) {
-  return static_cast<OSErr>(NoteStatus(status));
-}
-
 /// Makes an entry name a file, or its own if that is `own`; one that doesn't resolve stays where it
 /// is kept in a file, and names nothing elsewhere.
 void PointEntry(const MediaRecord& media, UInt16 index, const fs::path& own, Atom* entry) {

@@ -63,9 +63,9 @@ OSErr TextMediaAddTextSample(MediaHandler handler, const char* text, UInt32 size
                              const RGBColor* text_color, const RGBColor* background,
                              TimeValue duration, TimeValue* sample_time) {
   constexpr UInt32 kMostText = 65535;
-  if (handler == nullptr) return static_cast<OSErr>(movies::NoteStatus(invalidHandler));
+  if (handler == nullptr) return movies::Note(invalidHandler);
   if (box == nullptr || (text == nullptr && size > 0) || size > kMostText)
-    return static_cast<OSErr>(movies::NoteStatus(paramErr));
+    return movies::Note(paramErr);
   const std::vector<UInt8> record =
       MakeDescription(*box, text_color != nullptr ? *text_color : kWhite,
                       background != nullptr ? *background : kBlack);

@@ -120,6 +120,10 @@ bool EditsOf(const TrackRecord& track, std::vector<EditRecord>* edits);
 
 /// Keeps a status for GetMoviesError and gives it back.
 OSStatus NoteStatus(OSStatus status);
+/// The same in the 16 bits that most calls give back.
+inline OSErr Note(OSStatus status) {
+  return static_cast<OSErr>(NoteStatus(status));
+}
 
 /// Reads a track's header, lets `change` change it and writes it back. The status is noted.
 template <class Change>

@@ -18,10 +18,6 @@ namespace {
 
 constexpr Fixed kNormalRate = 0x10000;
 
-OSErr Note(OSStatus status) {
-  return static_cast<OSErr>(NoteStatus(status));
-}
-
 Scales ScalesOf(const TrackRecord& track) {
   return {MovieHeaderOf(*track.movie).time_scale, MediaHeaderOf(track).time_scale};
 }

@@ -23,7 +23,7 @@ SInt32 CountOf(const Atom* references) {
 
 OSErr AddTrackReference(Track track, Track referenced, OSType type, SInt32* index) {
   if (track == nullptr || referenced == nullptr || track->movie != referenced->movie)
-    return static_cast<OSErr>(NoteStatus(invalidTrack));
+    return Note(invalidTrack);
   Atom* references = ReferencesOf(track, type);
   if (references == nullptr) {
     Atom& trak = TrackAtom(*track);
@@ -36,7 +36,7 @@ OSErr AddTrackReference(Track track, Track referenced, OSType type, SInt32* inde
   quillmere::AppendU32(&ids, TrackHeaderOf(*referenced).id);
   references->set_payload(std::move(ids));
   if (index != nullptr) *index = CountOf(references);
-  return static_cast<OSErr>(NoteStatus(noErr));
+  return Note(noErr);
 }
 
 Track GetTrackReference(Track track, OSType type, SInt32 index) {

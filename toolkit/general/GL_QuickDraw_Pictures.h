@@ -45,5 +45,5 @@ SInt32 GL_MakeTextPicture(WindowRef window, GL_DrawTextProc draw, void* a, void*
 /// The exporter of image files is not there.
 inline constexpr SInt32 GL_NoExporterErr = -54532;
 /// Writes a picture into a new image file of type `qtif`, in the folder that `spec` names and under
-/// `name`, or the specification's own if that is null. dupFNErr for a name that is taken.
+/// `name`, or the one in `spec` if that is null. dupFNErr for a name that is taken.
 SInt32 QT_SavePictureToFile(PicHandle picture, const FSSpec* spec, const HFSUniStr255* name);
