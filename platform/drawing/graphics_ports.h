@@ -18,6 +18,8 @@ struct PixMap {
   SInt32 rowBytes;
   Rect bounds;
   SInt16 pixelSize;  ///< bits, 1 or 32
+  Fixed gammaLevel = 0;
+  Fixed requestedGammaLevel = 0;
 };
 using PixMapPtr = PixMap*;
 using PixMapHandle = PixMapPtr*;

@@ -22,8 +22,6 @@ struct Block {
 
 class Pool {
  public:
-  ~Pool() { Clear(); }
-
   /// The smallest kept block that holds `size` bytes and is not more than twice that large.
   Block Take(std::size_t size) {
     const std::lock_guard lock(mutex_);
@@ -69,8 +67,9 @@ class Pool {
   std::size_t bytes_ = 0;
 };
 
+/// The pool lives to the end of the process: frames that others keep may be given back that late.
 Pool& ThePool() {
-  static Pool pool;
+  static Pool& pool = *new Pool;
   return pool;
 }
 

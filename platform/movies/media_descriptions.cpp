@@ -56,8 +56,7 @@ OSErr SetMediaSampleDescription(Media media, SInt32 index, SampleDescriptionHand
   Atom* const stsd = DescriptionsOf(media);
   if (stsd == nullptr) return Note(invalidMedia);
   Atom* const entry = EntryAt(stsd, index);
-  if (entry == nullptr || description == nullptr || *description == nullptr)
-    return Note(paramErr);
+  if (entry == nullptr || description == nullptr || *description == nullptr) return Note(paramErr);
   Atom made(0);
   const auto* bytes = reinterpret_cast<const UInt8*>(*description);
   const OSStatus status =

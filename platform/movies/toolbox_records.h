@@ -14,6 +14,7 @@
 #include "atom.h"
 #include "data_source.h"
 #include "display_order.h"
+#include "frame_target.h"
 #include "movie_file.h"
 #include "movie_file_writer.h"
 #include "movie_records.h"
@@ -82,6 +83,12 @@ struct MovieRecord {
   double dots_per_inch_y = 0;
   /// The context it draws into, not owned, and if the frame of the present time has been delivered.
   QTVisualContextRef visual_context = nullptr;
+  /// The pixels it draws into without a context, the port they are of, and what is called behind
+  /// a frame.
+  std::optional<quillmere::movies::FrameTarget> target;
+  void* port = nullptr;
+  OSErr (*drawing_complete)(Movie movie, SInt64 reference_constant) = nullptr;
+  SInt64 drawing_constant = 0;
   bool frame_delivered = false;
 };
 

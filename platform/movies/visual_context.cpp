@@ -5,6 +5,7 @@
 
 #include "compositor.h"
 #include "images.h"
+#include "rectangles.h"
 #include "toolbox_records.h"
 #include "visible_samples.h"
 
@@ -96,6 +97,26 @@ OSStatus RenderFrame(Movie movie, const QTVisualContext& context, CVPixelBufferR
   return noErr;
 }
 
+/// Draws the present frame into the part of a target that the movie's box covers.
+OSStatus DrawIntoTarget(Movie movie, const quillmere::movies::FrameTarget& target) {
+  constexpr Fixed kGammaOfSrgb = 0x23333;  // 2.2
+  std::vector<quillmere::movies::VisibleSample> samples;
+  const OSStatus status =
+      quillmere::movies::VisibleSamplesAt(movie, GetMovieTime(movie, nullptr), &samples);
+  if (status != noErr) return status;
+  Rect box;
+  GetMovieBox(movie, &box);
+  Rect part;
+  if (!SectRect(&box, &target.bounds, &part)) return noErr;
+  quillmere::imaging::PixelBlock frame = target.pixels;
+  frame.pixels = frame.Row(static_cast<UInt32>(part.top - target.bounds.top)) +
+                 std::ptrdiff_t{4} * (part.left - target.bounds.left);
+  frame.width = static_cast<UInt32>(part.right - part.left);
+  frame.height = static_cast<UInt32>(part.bottom - part.top);
+  if (target.gamma_level) *target.gamma_level = kGammaOfSrgb;
+  return quillmere::movies::ComposeSamples(samples, part.left, part.top, frame, nullptr);
+}
+
 }  // namespace
 
 OSStatus QTPixelBufferContextCreate(CFAllocatorRef, CFDictionaryRef attributes,
@@ -160,12 +181,18 @@ OSStatus SetMovieVisualContext(Movie movie, QTVisualContextRef context) {
 }
 
 void MoviesTask(Movie movie, SInt32) {
-  if (!movie || !movie->active || !movie->visual_context || movie->frame_delivered) return;
-  QTVisualContext& context = *movie->visual_context;
-  // Set before the callback, which may serve the movie again.
+  if (!movie || !movie->active || movie->frame_delivered) return;
+  if (!movie->visual_context && !movie->target) return;
+  // Set before the callbacks, which may serve the movie again.
   movie->frame_delivered = true;
-  context.status = RenderFrame(movie, context, context.image.out());
-  quillmere::movies::NoteStatus(context.status);
-  const CVTimeStamp time = {movie->time, GetMovieTimeScale(movie)};
-  if (context.callback) context.callback(&context, &time, context.user_data);
+  if (movie->visual_context) {
+    QTVisualContext& context = *movie->visual_context;
+    context.status = RenderFrame(movie, context, context.image.out());
+    quillmere::movies::NoteStatus(context.status);
+    const CVTimeStamp time = {movie->time, GetMovieTimeScale(movie)};
+    if (context.callback) context.callback(&context, &time, context.user_data);
+  } else {
+    quillmere::movies::NoteStatus(DrawIntoTarget(movie, *movie->target));
+  }
+  if (movie->drawing_complete) movie->drawing_complete(movie, movie->drawing_constant);
 }

@@ -7,34 +7,17 @@
 #include "GL_Memory.h"
 #include "QT_Codec_Families.h"
 #include "QT_Error_Keys.h"
+#include "compressors_private.h"
 #include "fixed_point.h"
 #include "image_descriptions.h"
 #include "media_editing.h"
 #include "reference_counted.h"
 
-using quillmere::AtExit;
+using namespace quillmere;
 
 namespace {
 
 constexpr OSType kCompressorClass = "imco"_4cc;
-
-struct CloseCompressor {
-  void operator()(CompressorComponent compressor) const { CloseComponent(compressor); }
-};
-using OpenCompressor = std::unique_ptr<ImageCompressor, CloseCompressor>;
-
-bool HasBytes(Handle settings) {
-  return settings != nullptr && GetHandleSize(settings) > 0;
-}
-
-/// Opens the compressor of a type and gives it settings, if there are any.
-SInt32 Open(OSType codecType, Handle settings, OpenCompressor* compressor) {
-  CompressorComponent opened = nullptr;
-  const SInt32 status = OpenADefaultComponent(kCompressorComponentType, codecType, &opened);
-  compressor->reset(opened);
-  if (status || !HasBytes(settings)) return status;
-  return ImageCodecSetSettings(opened, settings);
-}
 
 /// A side that a compressor enforces; 0, with status 0, where it tells of none.
 SInt32 GetSide(CompressorComponent compressor, OSType property, bool isHeight, SInt16* side) {
@@ -71,29 +54,6 @@ void CorrectSize(OSType codecType, Handle settings, Point* size) {
   }
 }
 
-/// A world of 32 bits of a rectangle's size, disposed of at the end.
-class PictureBuffer {
- public:
-  PictureBuffer() = default;
-  ~PictureBuffer() { DisposeGWorld(world_); }
-  PictureBuffer(const PictureBuffer&) = delete;
-  PictureBuffer& operator=(const PictureBuffer&) = delete;
-
-  SInt32 Make(const Rect& rect) { return NewGWorld(&world_, 32, &rect, nullptr, nullptr, 0); }
-  PixMapHandle pixels() const { return GetGWorldPixMap(world_); }
-  GWorldPtr world() const { return world_; }
-
- private:
-  GWorldPtr world_ = nullptr;
-};
-
-/// Makes the buffer, and opens the compressor where there are settings for it.
-SInt32 Prepare(const Rect& rect, OSType codecType, Handle settings, PictureBuffer* buffer,
-               OpenCompressor* compressor) {
-  const SInt32 status = buffer->Make(rect);
-  return status || !HasBytes(settings) ? status : Open(codecType, settings, compressor);
-}
-
 /// Compresses what a world shows into a new handle.
 SInt32 Compress(PixMapHandle pixels, const Rect& rect, OSType codecType, Handle description,
                 std::vector<UInt8>* data) {
@@ -120,7 +80,7 @@ SInt32 QT_GetCompressorCompEnforcedSize(CompressorComponent compressor, Point* s
 SInt32 QT_GetQTMovieCompressorEnforcedSize(OSType codecType, Handle settings, Point* size) {
   *size = {};
   OpenCompressor compressor;
-  SInt32 status = Open(codecType, settings, &compressor);
+  SInt32 status = OpenCompressorOf(codecType, settings, &compressor);
   if (!status) status = QT_GetCompressorCompEnforcedSize(compressor.get(), size);
   if (!status) CorrectSize(codecType, settings, size);
   return status;
@@ -130,7 +90,8 @@ SInt32 QT_CanCodecChFieldDomLossless(OSType codecType, Boolean* can) {
   *can = 0;
   OpenCompressor compressor;
   // None of the compressors here has the call that would do it.
-  return Open(codecType, nullptr, &compressor) ? SInt32{QT_NoComponentFoundErr} : SInt32{noErr};
+  return OpenCompressorOf(codecType, nullptr, &compressor) ? SInt32{QT_NoComponentFoundErr}
+                                                           : SInt32{noErr};
 }
 
 SInt32 QT_GetMaxCompressionSize(const Rect* rect, OSType /*pixelFormat*/, Handle settings,
@@ -138,7 +99,7 @@ SInt32 QT_GetMaxCompressionSize(const Rect* rect, OSType /*pixelFormat*/, Handle
   *size = 0;
   PictureBuffer buffer;
   OpenCompressor compressor;
-  const SInt32 status = Prepare(*rect, codecType, settings, &buffer, &compressor);
+  const SInt32 status = PrepareCompression(*rect, codecType, settings, &buffer, &compressor);
   if (status) return status;
   return GetMaxCompressionSize(buffer.pixels(), rect, 0, quality, codecType, compressor.get(),
                                size);
@@ -149,7 +110,7 @@ SInt32 QT_GetCSequenceMaxComprSize(const Rect* rect, OSType /*pixelFormat*/, Cod
   *size = 0;
   PictureBuffer buffer;
   OpenCompressor compressor;
-  SInt32 status = Prepare(*rect, codecType, settings, &buffer, &compressor);
+  SInt32 status = PrepareCompression(*rect, codecType, settings, &buffer, &compressor);
   Handle description = nullptr;
   if (!status) status = MakeImageDescriptionForPixMap(buffer.pixels(), &description);
   const AtExit dispose([&] { GL_DisposeHandle(&description); });

@@ -29,6 +29,24 @@ SInt32 QT_GetCSequenceMaxComprSize(const Rect* rect, OSType pixelFormat, CodecQ 
 SInt32 QT_GetMaxCompressionSizeFromMovieSimple(Movie movie, CodecQ quality, OSType codecType,
                                                SInt32* size);
 
+/// The most bytes of a movie's pictures, and, with `compress`, the mean of up to 10 of them,
+/// compressed, and how much they differ from it in the mean. They are spread over `count` frames,
+/// `step` of movie time apart, with `framesByTime`, and else over all frames of the movie. -2048
+/// for none. The second form takes settings. What can't be drawn ends it with its status.
+SInt32 QT_GetMaxCompressionSizeFromMovie(Movie movie, Boolean framesByTime, SInt32 count,
+                                         SInt32 step, CodecQ quality, OSType codecType,
+                                         Boolean compress, SInt32* largest, SInt32* mean,
+                                         SInt32* deviation);
+SInt32 QT_GetMaxCompressionSizeFromMovie2(Movie movie, Boolean framesByTime, SInt32 count,
+                                          SInt32 step, OSType pixelFormat, Handle settings,
+                                          CodecQ quality, OSType codecType, Boolean compress,
+                                          SInt32* largest, SInt32* mean, SInt32* deviation);
+/// A drawing-complete procedure that sets the Boolean whose address is its constant.
+OSErr QT_MinimalDrawingCompleteProc(Movie movie, SInt64 flag);
+/// The gamma of the movie's first frame as it is drawn, into a port of the caller's or for null one
+/// of its own; 2.2 where none is told.
+SInt32 QT_GetMovieGamma2(Movie movie, CGrafPtr port, Float32* gamma);
+
 /// Draws into a rectangle of the current port; the constants are the caller's.
 using QT_DrawTextImageProc = void (*)(Rect rect, SInt64 first, SInt64 second, SInt64 third);
 /// Lets a procedure draw an image, of a size in 16.16 pixels, compresses it and adds it to a media

@@ -202,7 +202,7 @@ SInt32 QT_GetMovieReferencedFiles(Movie movie, GL_FileObjectElement** list) {
     const bool found = ListFiles(GetTrackMedia(GetMovieIndTrack(movie, index)), list);
     all = all && found;
   }
-  LL_RemoveIdenticalElements(quillmere::ListHead(list), GL_EqualFileRefLEPtrs, 1);
+  LL_RemoveIdenticalElements(*list, GL_EqualFileRefLEPtrs, 1);
   return all ? SInt32{noErr} : SInt32{QT_CouldNotGetAllMovieFileReferencesErr};
 }
 

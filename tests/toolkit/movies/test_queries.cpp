@@ -11,6 +11,7 @@
 #include "QT_Compression.h"
 #include "QT_Copy_Media.h"
 #include "QT_Frame_Statistics.h"
+#include "QT_Frames.h"
 #include "QT_Media_Statistics.h"
 #include "QT_Movie_Info.h"
 #include "QT_Movie_Queries.h"
@@ -348,6 +349,37 @@ TEST_F(MadeMovie, DrawnImagesAreCompressedIntoSamples) {
   EXPECT_EQ(noErr, QT_GetCSequenceMaxComprSize(&rect, 32, 512, "jpeg"_4cc, nullptr, &size));
   EXPECT_GT(size, 40 * 24);
   EXPECT_EQ(noErr, QT_GetMaxCompressionSizeFromMovieSimple(movie_, 512, "png "_4cc, &size));
+  // Two of the pictures, drawn from the movie and compressed again.
+  ASSERT_EQ(noErr, InsertMediaIntoTrack(track, 200, 200, 200, 0x10000));
+  SetMovieTimeValue(movie_, 7);
+  SInt32 mean = 0;
+  SInt32 deviation = 0;
+  EXPECT_EQ(noErr, QT_GetMaxCompressionSizeFromMovie(movie_, 0, 0, 0, 512, "raw "_4cc, 1, &size,
+                                                     &mean, &deviation));
+  EXPECT_EQ(40 * 24 * 4, mean);
+  EXPECT_EQ(0, deviation);
+  EXPECT_EQ(noErr, QT_GetMaxCompressionSizeFromMovie2(movie_, 1, 30, 10, 32, nullptr, 512,
+                                                      "png "_4cc, 1, &size, &mean, &deviation));
+  EXPECT_TRUE(mean > 50 && mean < size);
+  EXPECT_EQ(7, GetMovieTime(movie_, nullptr));
+  EXPECT_FALSE(GetMovieActive(movie_));
+  Float32 gamma = 0;
+  EXPECT_EQ(noErr, QT_GetMovieGamma2(movie_, nullptr, &gamma));
+  EXPECT_NEAR(2.2, static_cast<double>(gamma), 1e-4);
+  GWorldPtr world = nullptr;
+  const Rect around = {-10, -10, 34, 50};
+  ASSERT_EQ(noErr, NewGWorld(&world, 32, &around, nullptr, nullptr, 0));
+  EXPECT_EQ(noErr, QT_GetMovieGamma2(movie_, world, &gamma));
+  const PixMap& map = **GetGWorldPixMap(world);
+  const UInt8* const inside = map.baseAddr + 10 * map.rowBytes + 10 * 4;
+  EXPECT_TRUE(inside[0] == 255 && inside[1] == 255 && inside[2] == 0) << "drawn where it lies";
+  EXPECT_EQ(0, map.baseAddr[0]) << "the rest stays";
+  DisposeGWorld(world);
+  AddVideo("raw "_4cc, {400});
+  EXPECT_EQ(-8961, QT_GetMovieGamma2(movie_, nullptr, &gamma)) << "no decoder";
+  EXPECT_EQ(400, QT_MovieFrameNumberToTime(movie_, 2));
+  EXPECT_EQ(200, QT_MovieFrameNumberToTime(movie_, 1));
+  EXPECT_EQ(-1, QT_MovieFrameNumberToTime(movie_, 3));
   Point enforced = {1, 1};
   EXPECT_EQ(noErr, QT_GetQTMovieCompressorEnforcedSize("jpeg"_4cc, nullptr, &enforced));
   EXPECT_EQ(0, enforced.h);

@@ -1,0 +1,17 @@
+/// Pixels that a movie's frames are drawn into where it has no visual context.
+#pragma once
+
+#include "image_decoder.h"
+#include "movie_toolbox.h"
+
+namespace quillmere::movies {
+
+/// ARGB pixels of the program's, which outlive their use, and where in the movie they lie. What is
+/// drawn is sRGB, whose gamma goes to `gamma_level` (may be null), 16.16.
+struct FrameTarget {
+  imaging::PixelBlock pixels;
+  Rect bounds = {};
+  Fixed* gamma_level = nullptr;
+};
+
+}  // namespace quillmere::movies

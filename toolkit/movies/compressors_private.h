@@ -1,0 +1,51 @@
+/// Compressors and worlds that the sources of QT_Compression.h open and make.
+#pragma once
+
+#include <memory>
+
+#include "image_compression.h"
+
+namespace quillmere {
+
+struct CloseCompressor {
+  void operator()(CompressorComponent compressor) const { CloseComponent(compressor); }
+};
+using OpenCompressor = std::unique_ptr<ImageCompressor, CloseCompressor>;
+
+inline bool HasBytes(Handle settings) {
+  return settings != nullptr && GetHandleSize(settings) > 0;
+}
+
+/// Opens the compressor of a type and gives it settings, if there are any.
+inline SInt32 OpenCompressorOf(OSType codecType, Handle settings, OpenCompressor* compressor) {
+  CompressorComponent opened = nullptr;
+  const SInt32 status = OpenADefaultComponent(kCompressorComponentType, codecType, &opened);
+  compressor->reset(opened);
+  if (status || !HasBytes(settings)) return status;
+  return ImageCodecSetSettings(opened, settings);
+}
+
+/// A world of 32 bits of a rectangle's size, disposed of at the end.
+class PictureBuffer {
+ public:
+  PictureBuffer() = default;
+  ~PictureBuffer() { DisposeGWorld(world_); }
+  PictureBuffer(const PictureBuffer&) = delete;
+  PictureBuffer& operator=(const PictureBuffer&) = delete;
+
+  SInt32 Make(const Rect& rect) { return NewGWorld(&world_, 32, &rect, nullptr, nullptr, 0); }
+  PixMapHandle pixels() const { return GetGWorldPixMap(world_); }
+  GWorldPtr world() const { return world_; }
+
+ private:
+  GWorldPtr world_ = nullptr;
+};
+
+/// Makes the buffer, and opens the compressor where there are settings for it.
+inline SInt32 PrepareCompression(const Rect& rect, OSType codecType, Handle settings,
+                                 PictureBuffer* buffer, OpenCompressor* compressor) {
+  const SInt32 status = buffer->Make(rect);
+  return status || !HasBytes(settings) ? status : OpenCompressorOf(codecType, settings, compressor);
+}
+
+}  // namespace quillmere
