@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "image_descriptions.h"
 #include "image_encoder.h"
 #include "rectangles.h"
 
@@ -26,9 +27,7 @@ namespace {
 
 using quillmere::imaging::PixelBlock;
 
-constexpr OSErr kNoCodec = -8961;
 constexpr OSErr kNoComponent = -3000;
-constexpr OSStatus kPropertyNotSupported = -2195;
 
 struct Codec {
   OSType type;
@@ -85,32 +84,26 @@ OSErr PictureOf(PixMapHandle pixels, const Rect* rect, PixelBlock* picture) {
   return noErr;
 }
 
-/// The record of a description, native: 86 bytes whose offsets movie_toolbox.h tells.
 OSErr Describe(const Codec& codec, const PixelBlock& picture, CodecQ quality, std::size_t data_size,
                Handle description) {
-  constexpr Size kSize = 86;
   constexpr Fixed k72Dpi = 72 << 16;
   if (description == nullptr) return nilHandleErr;
-  SetHandleSize(description, kSize);
+  ImageDescription record{};
+  record.idSize = sizeof record;
+  record.cType = codec.type;
+  record.spatialQuality = quality;
+  record.width = static_cast<SInt16>(picture.width);
+  record.height = static_cast<SInt16>(picture.height);
+  record.hRes = record.vRes = k72Dpi;
+  record.dataSize = static_cast<SInt32>(data_size);
+  record.frameCount = 1;
+  record.name[0] = static_cast<UInt8>(codec.name.size());
+  std::copy(codec.name.begin(), codec.name.end(), record.name + 1);
+  record.depth = 32;
+  record.clutID = -1;
+  SetHandleSize(description, sizeof record);
   if (MemError() != noErr) return MemError();
-  char* const record = *description;
-  std::memset(record, 0, kSize);
-  const auto put = [record](std::size_t offset, auto value) {
-    std::memcpy(record + offset, &value, sizeof value);
-  };
-  put(0, static_cast<SInt32>(kSize));
-  put(4, codec.type);
-  put(28, quality);
-  put(32, static_cast<SInt16>(picture.width));
-  put(34, static_cast<SInt16>(picture.height));
-  put(36, k72Dpi);
-  put(40, k72Dpi);
-  put(44, static_cast<SInt32>(data_size));
-  put(48, SInt16{1});  // frames
-  record[50] = static_cast<char>(codec.name.size());
-  std::memcpy(record + 51, codec.name.data(), codec.name.size());
-  put(82, SInt16{32});
-  put(84, SInt16{-1});
+  std::memcpy(*description, &record, sizeof record);
   return noErr;
 }
 
@@ -118,7 +111,7 @@ OSErr Describe(const Codec& codec, const PixelBlock& picture, CodecQ quality, st
 OSErr FindInputs(PixMapHandle pixels, const Rect* rect, OSType type, const Codec** codec,
                  PixelBlock* picture) {
   *codec = FindCodec(type);
-  return *codec != nullptr ? PictureOf(pixels, rect, picture) : kNoCodec;
+  return *codec != nullptr ? PictureOf(pixels, rect, picture) : noCodecErr;
 }
 
 }  // namespace
@@ -147,7 +140,7 @@ OSStatus QTGetComponentProperty(CompressorComponent compressor, OSType /*propert
                                 OSType /*property_id*/, ByteCount /*size*/, void* /*value*/,
                                 ByteCount* size_used) {
   if (size_used != nullptr) *size_used = 0;
-  return compressor != nullptr ? kPropertyNotSupported : OSStatus{kNoComponent};
+  return compressor != nullptr ? OSStatus{kQTPropertyNotSupportedErr} : OSStatus{kNoComponent};
 }
 
 OSErr GetMaxCompressionSize(PixMapHandle pixels, const Rect* rect, SInt16 depth, CodecQ /*quality*/,
