@@ -113,7 +113,7 @@ std::size_t SizeOfRegionBytes(std::span<const UInt8> bytes) {
 
 bool BandsFromBytes(std::span<const UInt8> bytes, std::vector<RegionBand>* bands) {
   bands->clear();
-  if (SizeOfRegionBytes(bytes) != bytes.size()) return false;
+  if (bytes.empty() || SizeOfRegionBytes(bytes) != bytes.size()) return false;
   if (bytes.size() > kRectangleSize) return ReadRows(Reader(bytes.subspan(kRectangleSize)), bands);
   const auto edge = [&bytes](std::size_t i) { return SInt32{ReadS16(bytes.data() + 2 + 2 * i)}; };
   if (edge(0) < edge(2) && edge(1) < edge(3))
