@@ -6,30 +6,24 @@
 #include <cstdio>
 
 #include "CO_Ranges.h"
+#include "float_lines_private.h"
 #include "vector_clones.h"
 
 namespace {
 
-/// Pixels of one pass, whose scratch space stays in the nearest cache.
-constexpr SInt32 kPass = 512;
+using quillmere::color::FloatLines;
+using quillmere::color::kChromaOffset;
+using quillmere::color::Reading;
+using quillmere::color::Writing;
+
 constexpr UInt8 kChromaSign = 0x80;
 
-/// value = code * scale + offset.
-struct Reading {
-  float luma_scale, luma_offset, chroma_scale, chroma_offset;
-};
 constexpr Reading kFullReading = {0.003921569F, 0, 0.003921569F, -0.5019608F};
 constexpr Reading kVideoReading = {0.00456621F, -0.07305936F, 0.004464286F, -0.5714286F};
 
 const Reading& ReadingOf(SInt32 range) {
   return range == kCO_FullRange ? kFullReading : kVideoReading;
 }
-
-/// code = value * scale + offset.
-struct Writing {
-  float luma_scale, luma_offset, chroma_scale;
-};
-constexpr float kChromaOffset = 128;
 
 Writing WritingOf(SInt32 range) {
   return range == kCO_VideoRange ? Writing{219, 16, 224} : Writing{255, 0, 255};
@@ -52,21 +46,6 @@ inline void ReadSamples(SInt32 count, const UInt8* from, float scale, float offs
     to[i] = static_cast<float>(from[i * step]) * scale + offset;
 }
 
-/// Chroma of all pixels from that of the even ones; `even` has one sample more than `pairs`.
-QUILLMERE_VECTOR_CLONES void Interpolate(SInt32 pairs, const float* even, float* chroma) {
-  for (std::ptrdiff_t k = 0; k < pairs; ++k) {
-    chroma[2 * k] = even[k];
-    chroma[2 * k + 1] = (even[k] + even[k + 1]) * 0.5F;
-  }
-}
-
-QUILLMERE_VECTOR_CLONES void TakeNext(SInt32 pairs, const float* even, float* chroma) {
-  for (std::ptrdiff_t k = 0; k < pairs; ++k) {
-    chroma[2 * k] = even[k];
-    chroma[2 * k + 1] = even[k + 1];
-  }
-}
-
 QUILLMERE_VECTOR_CLONES void ReadLuma(SInt32 count, const UInt8* from, float scale, float offset,
                                       float* to) {
   ReadSamples<2>(count, from, scale, offset, to);
@@ -77,22 +56,37 @@ QUILLMERE_VECTOR_CLONES void ReadChroma(SInt32 count, const UInt8* from, float s
   ReadSamples<4>(count, from, scale, offset, to);
 }
 
-/// One chroma component of a line in 4:4:4. `samples` are at every fourth byte of `from`; the last
-/// odd pixel copies the even one before it.
+/// The chroma of whole pairs from one sample more, at every fourth byte.
+QUILLMERE_VECTOR_CLONES void ReadPairs(SInt32 pairs, const UInt8* from, float scale, float offset,
+                                       bool interpolate, float* to) {
+  for (std::ptrdiff_t k = 0; k < pairs; ++k) {
+    const float even = static_cast<float>(from[4 * k]) * scale + offset;
+    const float next = static_cast<float>(from[4 * k + 4]) * scale + offset;
+    to[2 * k] = even;
+    to[2 * k + 1] = interpolate ? (even + next) * 0.5F : next;
+  }
+}
+
+/// One chroma component of a line in 4:4:4, whose `samples` are at every fourth byte; behind the
+/// last of them its value stays.
 void ReadWideChroma(SInt32 width, SInt32 samples, const UInt8* from, const Reading& reading,
                     bool interpolate, float* to) {
-  float even[kPass + 1];
-  for (SInt32 first = 0; first < samples; first += kPass) {
-    const SInt32 count = std::min(kPass, samples - first);
-    const SInt32 known = std::min(count + 1, samples - first);
-    ReadChroma(known, from + std::ptrdiff_t{first} * 4, reading.chroma_scale, reading.chroma_offset,
-               even);
-    if (known == count) even[count] = even[count - 1];
-    // The last sample of an odd width has no odd pixel.
-    const SInt32 pairs = std::min(count, width / 2 - first);
-    (interpolate ? Interpolate : TakeNext)(pairs, even, to + std::ptrdiff_t{first} * 2);
-    if (pairs < count) to[std::ptrdiff_t{first + pairs} * 2] = even[pairs];
-  }
+  const SInt32 pairs = std::max(samples - 1, 0);
+  ReadPairs(pairs, from, reading.chroma_scale, reading.chroma_offset, interpolate, to);
+  if (samples < 1) return;
+  const float last = static_cast<float>(from[std::ptrdiff_t{pairs} * 4]) * reading.chroma_scale +
+                     reading.chroma_offset;
+  std::fill(to + std::ptrdiff_t{pairs} * 2, to + width, last);
+}
+
+/// The line of at least one pixel; a last odd one has the Cr of the one before it.
+void ReadPlain(SInt32 width, const UInt8* line, const Reading& reading, bool interpolate,
+               const FloatLines& to) {
+  ReadLuma(width, line + 1, reading.luma_scale, reading.luma_offset, to.y);
+  ReadWideChroma(width, (width + 1) / 2, line, reading, interpolate, to.cb);
+  const SInt32 pairs = width / 2;
+  ReadWideChroma(pairs * 2, pairs, line + 2, reading, interpolate, to.cr);
+  if (width % 2 == 1) to.cr[width - 1] = pairs > 0 ? to.cr[width - 2] : 0;
 }
 
 QUILLMERE_VECTOR_CLONES void SwapPairs(SInt32 pairs, const UInt8* source, UInt8* destination,
@@ -206,22 +200,24 @@ void CO_ByteSwapYuv2Frame(SInt32 width, SInt32 height, const UInt8* source, UInt
 void CO_2vuyLineToYUV(SInt32 width, const UInt8* line, EditData* edit, Boolean interpolate) {
   if (width < 1) return;
   const Reading& reading = ReadingOf(edit->sourceRange);
-  ReadLuma(width, line + 1, reading.luma_scale, reading.luma_offset, edit->lineY);
-  ReadWideChroma(width, (width + 1) / 2, line, reading, interpolate != 0, edit->lineCb);
-  const SInt32 pairs = width / 2;
-  ReadWideChroma(pairs * 2, pairs, line + 2, reading, interpolate != 0, edit->lineCr);
-  if (width % 2 == 1) edit->lineCr[width - 1] = pairs > 0 ? edit->lineCr[width - 2] : 0;
+  const FloatLines lines = {edit->lineY, edit->lineCb, edit->lineCr};
+  const SInt32 done = quillmere::color::ReadWide(width, line, reading, interpolate != 0, lines);
+  ReadPlain(width - done, line + std::ptrdiff_t{done} * 2, reading, interpolate != 0,
+            {lines.y + done, lines.cb + done, lines.cr + done});
 }
 
 void CO_YUVF_LinesTo2vuy(SInt32 width, const EditData* edit, UInt8* line, Boolean average) {
   const Writing writing = WritingOf(edit->destRange);
   const SInt32 pairs = width / 2;
-  WriteLuma(width, edit->lineY, writing.luma_scale, writing.luma_offset, line);
+  const FloatLines lines = {edit->lineY, edit->lineCb, edit->lineCr};
+  const SInt32 done = average ? 0 : quillmere::color::WriteWide(width, lines, writing, line);
+  UInt8* const rest = line + std::ptrdiff_t{done} * 2;
+  WriteLuma(width - done, lines.y + done, writing.luma_scale, writing.luma_offset, rest);
   if (average) {
-    WriteMeanChroma(pairs, edit->lineCb, writing.chroma_scale, line);
-    WriteMeanChroma(pairs, edit->lineCr, writing.chroma_scale, line + 2);
+    WriteMeanChroma(pairs, lines.cb, writing.chroma_scale, line);
+    WriteMeanChroma(pairs, lines.cr, writing.chroma_scale, line + 2);
   } else {
-    WriteChroma(pairs, edit->lineCb, edit->lineCr, writing.chroma_scale, line);
+    WriteChroma(pairs - done / 2, lines.cb + done, lines.cr + done, writing.chroma_scale, rest);
   }
   if (width > 0 && width % 2 == 1) {
     line[2 * std::ptrdiff_t{width - 1}] =
@@ -234,11 +230,14 @@ void CO_YUVF_LinesToUInt8withDitherLCG(SInt32 width, const EditData* edit, UInt3
   const Writing writing = WritingOf(edit->destRange);
   LumaGenerator luma(*lumaSeed & 0xFFFF);
   ChromaGenerator chroma(*chromaSeed & 0xFFFF);
-  SInt32 y[kPass];
-  SInt32 cb[kPass];
-  SInt32 cr[kPass];
-  for (SInt32 first = 0; first < width; first += kPass) {
-    const SInt32 count = std::min(kPass, width - first);
+  // So few pixels that the processor makes the next ones' keys while the generators, each of whose
+  // steps waits for the one before, are at work on these.
+  constexpr SInt32 kStep = 32;
+  SInt32 y[kStep];
+  SInt32 cb[kStep];
+  SInt32 cr[kStep];
+  for (SInt32 first = 0; first < width; first += kStep) {
+    const SInt32 count = std::min(kStep, width - first);
     MakeKeys(count, edit->lineY + first, writing.luma_scale, writing.luma_offset, y);
     MakeKeys(count, edit->lineCb + first, writing.chroma_scale, kChromaOffset, cb);
     MakeKeys(count, edit->lineCr + first, writing.chroma_scale, kChromaOffset, cr);

@@ -1,6 +1,6 @@
 // Lines of v210 by AVX-512 with VBMI, eight blocks at a time.
 
-#include "avx512.h"
+#include "vector_intrinsics.h"
 #include "v210_private.h"
 
 #ifdef QUILLMERE_AVX512_VBMI
@@ -83,9 +83,9 @@ QUILLMERE_AVX512_VBMI void Unpack(std::ptrdiff_t count, const UInt8* line, UInt1
   for (std::ptrdiff_t i = 0; i < count; ++i, line += kLineBytes, words += kLineWords) {
     for (std::size_t v = 0; v < kVectors; ++v) {
       const __m512i packed = _mm512_loadu_si512(line + kLoads[v]);
-      const __m512i pairs = _mm512_permutexvar_epi32(Table(&kPlaces.dwords[v]), packed);
-      const __m512i wide = _mm512_multishift_epi64_epi8(Table(&kPlaces.bits[v]), pairs);
-      __m512i codes = _mm512_and_si512(wide, Table(&kPlaces.masks[v]));
+      const __m512i pairs = _mm512_permutexvar_epi32(Table64(&kPlaces.dwords[v]), packed);
+      const __m512i wide = _mm512_multishift_epi64_epi8(Table64(&kPlaces.bits[v]), pairs);
+      __m512i codes = _mm512_and_si512(wide, Table64(&kPlaces.masks[v]));
       codes = _mm512_max_epu16(_mm512_min_epu16(codes, most), least);
       _mm512_storeu_si512(words + v * kVectorWords, _mm512_slli_epi16(codes, 6));
     }
@@ -102,8 +102,8 @@ QUILLMERE_AVX512_VBMI inline __m512i ToCodes(__m512i words) {
 
 QUILLMERE_AVX512_VBMI void Pack(std::ptrdiff_t count, const UInt16* words, UInt8* line) {
   constexpr __mmask32 kLowWords = 0x55555555;
-  const __m512i pairs_at = Table(&kPicks.pairs);
-  const __m512i thirds_at = Table(&kPicks.thirds);
+  const __m512i pairs_at = Table64(&kPicks.pairs);
+  const __m512i thirds_at = Table64(&kPicks.thirds);
   const __m512i places = _mm512_set1_epi32(1 << 26 | 1);  // 1024 and 1
   for (std::ptrdiff_t i = 0; i < 2 * count; ++i, line += kLineBytes / 2, words += kLineWords / 2) {
     const __m512i first = ToCodes(_mm512_loadu_si512(words));
@@ -117,7 +117,7 @@ QUILLMERE_AVX512_VBMI void Pack(std::ptrdiff_t count, const UInt16* words, UInt8
 
 }  // namespace
 
-V210Path V210Wide() {
+V210Path V210Avx512() {
   return {kBlocks, HasAvx512Vbmi(), Unpack, Pack};
 }
 
@@ -125,7 +125,7 @@ V210Path V210Wide() {
 
 #else
 
-quillmere::color::V210Path quillmere::color::V210Wide() {
+quillmere::color::V210Path quillmere::color::V210Avx512() {
   return {1, false, nullptr, nullptr};
 }
 

@@ -10,10 +10,10 @@
 
 namespace {
 
-using quillmere::color::CanSplitWide;
-using quillmere::color::kWidePixels;
-using quillmere::color::SplitLinePair;
-using quillmere::color::SplitLinePairWide;
+using quillmere::color::SplitAvx2;
+using quillmere::color::SplitAvx512;
+using quillmere::color::SplitPath;
+using quillmere::color::SplitPlain;
 
 constexpr SInt32 kLumaPadding = 32;
 constexpr SInt32 kChromaPadding = 16;
@@ -73,7 +73,7 @@ QUILLMERE_VECTOR_CLONES void MakePairs(std::ptrdiff_t pairs, const UInt8* a, con
   }
 }
 
-QUILLMERE_VECTOR_CLONES void CopyLuma(SInt32 width, const UInt8* line, UInt8* row) {
+QUILLMERE_VECTOR_CLONES void CopyLuma(std::ptrdiff_t width, const UInt8* line, UInt8* row) {
   for (std::ptrdiff_t i = 0; i < width; ++i)
     row[i] = line[2 * i + 1];
 }
@@ -167,24 +167,40 @@ void HalveChroma(SInt32 line_count, SInt32 pairs, Plane<const UInt8> source, Pla
     MakeMeanRow(pairs, source.Row(0), source.Row(0), to.Row(0));
 }
 
+/// The fastest path that the processor has.
+const SplitPath& BestPath() {
+  static const SplitPath best = SplitAvx512().is_available ? SplitAvx512()
+                                : SplitAvx2().is_available ? SplitAvx2()
+                                                           : SplitPlain();
+  return best;
+}
+
+void SplitPairs(std::ptrdiff_t pairs, const UInt8* lineA, const UInt8* lineB, UInt8* yA, UInt8* yB,
+                UInt8* cb, UInt8* cr) {
+  CopyLuma(2 * pairs, lineA, yA);
+  if (yB != yA) CopyLuma(2 * pairs, lineB, yB);
+  MakePairs(pairs, lineA, lineB, cb, cr);
+}
+
 }  // namespace
 
-void quillmere::color::SplitLinePair(SInt32 width, const UInt8* lineA, const UInt8* lineB,
-                                     UInt8* yA, UInt8* yB, UInt8* cb, UInt8* cr) {
-  CopyLuma(width, lineA, yA);
-  if (yB != yA) CopyLuma(width, lineB, yB);
-  MakePairs(width / 2, lineA, lineB, cb, cr);
+SplitPath quillmere::color::SplitPlain() {
+  return {2, true, SplitPairs};
 }
 
 void CO_2vuyLinePairToY420(SInt32 width, const UInt8* lineA, const UInt8* lineB, UInt8* yA,
                            UInt8* yB, UInt8* cb, UInt8* cr) {
-  const std::ptrdiff_t wide = CanSplitWide() ? std::max(width, 0) / kWidePixels : 0;
-  SplitLinePairWide(wide, lineA, lineB, yA, yB, cb, cr);
-  const std::ptrdiff_t done = wide * kWidePixels;
-  SplitLinePair(static_cast<SInt32>(width - done), lineA + 2 * done, lineB + 2 * done, yA + done,
-                yB + done, cb + done / 2, cr + done / 2);
-  const SInt32 pairs = width / 2;
+  const SplitPath& path = BestPath();
+  const std::ptrdiff_t count = std::max(width, 0) / path.pixels_at_once;
+  path.split(count, lineA, lineB, yA, yB, cb, cr);
+  const std::ptrdiff_t done = count * path.pixels_at_once;
+  const SInt32 pairs = std::max(width, 0) / 2;
+  SplitPairs(pairs - done / 2, lineA + 2 * done, lineB + 2 * done, yA + done, yB + done,
+             cb + done / 2, cr + done / 2);
   if (width < 1 || width % 2 == 0) return;
+  const std::ptrdiff_t last = width - 1;
+  yA[last] = lineA[2 * last + 1];
+  yB[last] = lineB[2 * last + 1];
   cb[pairs] = pairs > 0 ? cb[pairs - 1] : static_cast<UInt8>((lineA[0] + lineB[0]) >> 1);
   cr[pairs] = pairs > 0 ? cr[pairs - 1] : 128;
 }

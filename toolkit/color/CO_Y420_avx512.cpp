@@ -1,4 +1,4 @@
-#include "avx512.h"
+#include "vector_intrinsics.h"
 #include "y420_private.h"
 
 #ifdef QUILLMERE_AVX512_VBMI
@@ -28,18 +28,10 @@ QUILLMERE_AVX512_VBMI inline __m512i Means(__m512i a, __m512i b) {
   return _mm512_sub_epi8(rounded, odd);
 }
 
-}  // namespace
-
-bool CanSplitWide() {
-  static const bool can = HasAvx512Vbmi();
-  return can;
-}
-
-QUILLMERE_AVX512_VBMI void SplitLinePairWide(std::ptrdiff_t count, const UInt8* lineA,
-                                             const UInt8* lineB, UInt8* yA, UInt8* yB, UInt8* cb,
-                                             UInt8* cr) {
-  const __m512i luma = Table(&kLuma);
-  const __m512i chroma = Table(&kChroma);
+QUILLMERE_AVX512_VBMI void Split(std::ptrdiff_t count, const UInt8* lineA, const UInt8* lineB,
+                                 UInt8* yA, UInt8* yB, UInt8* cb, UInt8* cr) {
+  const __m512i luma = Table64(&kLuma);
+  const __m512i chroma = Table64(&kChroma);
   for (std::ptrdiff_t i = 0; i < count; ++i) {
     const __m512i a0 = _mm512_loadu_si512(lineA + 128 * i);
     const __m512i a1 = _mm512_loadu_si512(lineA + 128 * i + 64);
@@ -54,15 +46,18 @@ QUILLMERE_AVX512_VBMI void SplitLinePairWide(std::ptrdiff_t count, const UInt8* 
   }
 }
 
+}  // namespace
+
+SplitPath SplitAvx512() {
+  return {64, HasAvx512Vbmi(), Split};
+}
+
 }  // namespace quillmere::color
 
 #else
 
-bool quillmere::color::CanSplitWide() {
-  return false;
+quillmere::color::SplitPath quillmere::color::SplitAvx512() {
+  return {1, false, nullptr};
 }
-
-void quillmere::color::SplitLinePairWide(std::ptrdiff_t, const UInt8*, const UInt8*, UInt8*, UInt8*,
-                                         UInt8*, UInt8*) {}
 
 #endif

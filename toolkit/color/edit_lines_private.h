@@ -9,14 +9,12 @@
 
 namespace quillmere::color {
 
-/// A factor times a power of numbers from 2^-12 to below 16, to 1e-6 of its value: pieces of second
-/// order over sixteenths of an octave, and the powers of the octaves.
+/// A factor times a power of numbers from 2^-12 to below 16, to 2e-6 of its value: cubic pieces
+/// over quarters of an octave, and the powers of the octaves.
 struct PowerTable {
   PowerTable(double factor, double exponent);
-  alignas(64) float constant[16];
-  alignas(64) float linear[16];
-  alignas(64) float square[16];
-  alignas(64) float octave[16];  ///< by the last four bits of a float's exponent field
+  alignas(64) float coefficients[4][4];  ///< from constant to cubic, of each piece
+  alignas(64) float octave[16];          ///< by the last four bits of a float's exponent field
 };
 
 /// A transfer function that is a power with an offset, and straight below a break, on both ways.
@@ -47,5 +45,15 @@ bool CanEditBlocks(const VectorCurve& from, const EditData& edit);
 /// source's matrix. The result is that of the steps one by one, to 4e-6; of what is no number, any.
 void EditBlocks(std::ptrdiff_t blocks, const VectorCurve& from, const VectorCurve& to,
                 const float* luma, EditData* edit);
+
+/// The ways in which EditBlocks does that, which takes the fastest that the processor has.
+struct EditPath {
+  bool is_available;  ///< on this processor
+  void (*edit)(std::ptrdiff_t blocks, const VectorCurve& from, const VectorCurve& to,
+               const float* luma, EditData* edit);
+};
+EditPath EditPlain();
+EditPath EditAvx2();
+EditPath EditAvx512();
 
 }  // namespace quillmere::color

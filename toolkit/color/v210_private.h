@@ -17,9 +17,8 @@ struct V210Path {
   void (*pack)(std::ptrdiff_t count, const UInt16* words, UInt8* line);
 };
 
-/// Vectors of 32 bytes, or what the compiler makes of them.
-V210Path V210Pairs();
-/// AVX-512 with VBMI.
-V210Path V210Wide();
+V210Path V210Avx2();
+/// With VBMI.
+V210Path V210Avx512();
 
 }  // namespace quillmere::color

@@ -8,18 +8,19 @@
 
 namespace quillmere::color {
 
-/// A pair of lines of any width, whole pairs of pixels: their lumas, and the means of their chroma,
-/// cut. yA and yB may be the same.
-void SplitLinePair(SInt32 width, const UInt8* lineA, const UInt8* lineB, UInt8* yA, UInt8* yB,
-                   UInt8* cb, UInt8* cr);
+/// A pair of lines, `count` times `pixels_at_once` wide: their lumas, and the means of their
+/// chroma, cut. yA and yB may be the same.
+struct SplitPath {
+  std::ptrdiff_t pixels_at_once;
+  bool is_available;  ///< on this processor
+  void (*split)(std::ptrdiff_t count, const UInt8* lineA, const UInt8* lineB, UInt8* yA, UInt8* yB,
+                UInt8* cb, UInt8* cr);
+};
 
-/// Pixels of a step of SplitLinePairWide.
-inline constexpr std::ptrdiff_t kWidePixels = 64;
-
-/// Whether the processor has AVX-512 with VBMI.
-bool CanSplitWide();
-/// The same of `count` times 64 pixels.
-void SplitLinePairWide(std::ptrdiff_t count, const UInt8* lineA, const UInt8* lineB, UInt8* yA,
-                       UInt8* yB, UInt8* cb, UInt8* cr);
+/// Pair by pair, on any processor.
+SplitPath SplitPlain();
+SplitPath SplitAvx2();
+/// With VBMI.
+SplitPath SplitAvx512();
 
 }  // namespace quillmere::color

@@ -15,6 +15,7 @@
 #include "CO_Sanitize.h"
 #include "ORW_blas.h"
 #include "bt709_curve.h"
+#include "edit_lines_private.h"
 #include "gamma_functions.h"
 
 namespace {
@@ -153,6 +154,31 @@ TEST(Editing, LinesEqualTheStepsOfEachPixel) {
         ASSERT_NEAR(edit.data.lineCr[i], pixel[2], 4e-6F) << from << ' ' << to << ' ' << i;
       }
     }
+  }
+}
+
+TEST(Editing, EachPathEditsBlocksAlike) {
+  using namespace quillmere::color;
+  constexpr std::ptrdiff_t kBlocks = 33;  // more than one pass, and not whole ones
+  constexpr SInt32 kWidth = kBlocks * kBlockPixels;
+  Edit plain({kQT_NclcType, 1, 1, 1}, {kQT_NclcType, 6, 1, 6}, kWidth);
+  const float luma[] = {0.2126F, 0.7152F, 0.0722F};
+  const VectorCurve* const curve = VectorCurveOf(kCO_TransferBT709);
+  const auto edited = [&](const EditPath& path) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> values(-0.5F, 1);
+    for (float* line : {plain.data.lineY, plain.data.lineCb, plain.data.lineCr})
+      std::generate_n(line, kWidth, [&] { return values(random); });
+    path.edit(kBlocks, *curve, *curve, luma, &plain.data);
+    std::vector<float> all;
+    for (const float* line : {plain.data.lineY, plain.data.lineCb, plain.data.lineCr})
+      all.insert(all.end(), line, line + kWidth);
+    return all;
+  };
+  const std::vector<float> expected = edited(EditPlain());
+  for (const EditPath& path : {EditAvx2(), EditAvx512()}) {
+    if (!path.is_available) continue;
+    EXPECT_EQ(edited(path), expected);
   }
 }
 

@@ -99,15 +99,13 @@ TEST(Y420Frames, To2vuyFollowsTheRules) {
 
 TEST(Y420Frames, EachPathSplitsLinePairsAlike) {
   using namespace quillmere::color;
-  constexpr std::size_t kWidth = 13 * kWidePixels;
+  constexpr std::ptrdiff_t kWidth = 13 * 64;
   const Guarded<UInt8> a(2 * kWidth, 11), b(2 * kWidth, 12);
-  for (const bool is_wide : {false, true}) {
-    if (is_wide && !CanSplitWide()) continue;
+  for (const SplitPath& path : {SplitPlain(), SplitAvx2(), SplitAvx512()}) {
+    if (!path.is_available) continue;
     Guarded<UInt8> y_a(kWidth), y_b(kWidth), cb(kWidth / 2), cr(kWidth / 2);
-    if (is_wide)
-      SplitLinePairWide(13, a.data(), b.data(), y_a.data(), y_b.data(), cb.data(), cr.data());
-    else
-      SplitLinePair(kWidth, a.data(), b.data(), y_a.data(), y_b.data(), cb.data(), cr.data());
+    path.split(kWidth / path.pixels_at_once, a.data(), b.data(), y_a.data(), y_b.data(), cb.data(),
+               cr.data());
     for (std::size_t i = 0; i < kWidth; ++i) {
       ASSERT_EQ(y_a[i], a[2 * i + 1]);
       ASSERT_EQ(y_b[i], b[2 * i + 1]);

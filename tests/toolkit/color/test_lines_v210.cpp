@@ -50,7 +50,7 @@ TEST(LinesOf_v210, AreThoseOfTheirBlocks) {
 }
 
 TEST(LinesOf_v210, EachPathEqualsTheBlocks) {
-  for (const auto& path : {quillmere::color::V210Pairs(), quillmere::color::V210Wide()}) {
+  for (const auto& path : {quillmere::color::V210Avx2(), quillmere::color::V210Avx512()}) {
     if (!path.is_available) continue;
     constexpr std::ptrdiff_t kCount = 40;
     const auto blocks = static_cast<std::size_t>(kCount * path.blocks_at_once);
