@@ -19,12 +19,12 @@ STANDARD = re.compile(r'^[a-z_]+$|^c(assert|ctype|errno|float|inttypes|limits|lo
 QT = re.compile(r'^Q[A-Z]|^Qt|^q[a-z]+\.h$')
 FFMPEG = re.compile(r'^lib(av|sw)')
 
-files = subprocess.run(['git', 'ls-files', '-co', '--exclude-standard', '*.h', '*.cpp'], cwd=root,
+files = subprocess.run(['git', 'ls-files', '-co', '--exclude-standard', '*.h', '*.inc', '*.cpp'], cwd=root,
                        capture_output=True, text=True, check=True).stdout.split('\n')
 files = [f for f in files if f and (root / f).exists()]
 headers = defaultdict(list)
 for f in files:
-    if f.endswith('.h'):
+    if f.endswith(('.h', '.inc')):
         headers[Path(f).name].append(f)
 
 faults = []
