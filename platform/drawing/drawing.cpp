@@ -30,9 +30,14 @@ RGBColor ColorOfCode(SInt32 code) {
   return found != std::end(kColors) ? found->color : RGBColor{0, 0, 0};
 }
 
+/// Whether pixels are of those that are drawn, and not a movie's frame.
+bool CanBeDrawn(const PixMap& map) {
+  return map.pixelSize != 16;
+}
+
 /// What of a region can be seen in a map through a clip, null for none.
 OwnedRegion Visible(const PixMap& map, RgnHandle clip, RgnHandle region) {
-  OwnedRegion seen = RegionOf(map.bounds);
+  OwnedRegion seen = RegionOf(CanBeDrawn(map) ? map.bounds : Rect{});
   SectRgn(seen.get(), region, seen.get());
   if (clip != nullptr) SectRgn(seen.get(), clip, seen.get());
   return seen;
@@ -151,7 +156,7 @@ void PaintRgn(RgnHandle region) {
 void CopyBits(const BitMap* from, const BitMap* to, const Rect* source, const Rect* destination,
               SInt16 mode, RgnHandle mask) {
   if (from == nullptr || to == nullptr || source == nullptr || destination == nullptr) return;
-  if (mode != srcCopy || EmptyRect(source) || EmptyRect(destination)) return;
+  if (mode != srcCopy || EmptyRect(source) || EmptyRect(destination) || !CanBeDrawn(*from)) return;
   GraphicsPort& port = CurrentPort();
   const bool is_port = to == &port.pixels;
   if (is_port && port.recorder)

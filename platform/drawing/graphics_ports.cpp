@@ -22,16 +22,32 @@ SInt32 HeightOf(const Rect& rect) {
   return rect.bottom - rect.top;
 }
 
+/// The bytes of a line, pairs of `2vuy` pixels being whole.
+SInt32 RowBytesOf(SInt16 depth, const Rect& bounds) {
+  const SInt32 width = WidthOf(bounds);
+  if (depth == 1) return (width + 31) / 32 * 4;
+  return depth == 16 ? (width + 1) / 2 * 4 : width * 4;
+}
+
 /// Gives a port new clear pixels; false without memory.
 bool AllocatePixels(GraphicsPort* port, SInt16 depth, const Rect& bounds) {
-  const SInt32 row_bytes = depth == 1 ? (WidthOf(bounds) + 31) / 32 * 4 : WidthOf(bounds) * 4;
+  const SInt32 row_bytes = RowBytesOf(depth, bounds);
   const auto size =
       static_cast<std::size_t>(row_bytes) * static_cast<std::size_t>(HeightOf(bounds));
   std::unique_ptr<UInt8[]> memory(new (std::nothrow) UInt8[size]());
   if (!memory) return false;
+  for (std::size_t i = 0; depth == 16 && i < size; ++i)
+    memory[i] = i % 2 == 0 ? 128 : 16;
   port->pixels = {memory.get(), row_bytes, bounds, depth};
   port->memory = std::move(memory);
   return true;
+}
+
+/// The bits of a pixel of a format; 0 for one that worlds don't have.
+SInt16 DepthOf(OSType format) {
+  if (format == 1) return 1;
+  if (format == "2vuy"_4cc) return 16;
+  return format == 32 || format == "ARGB"_4cc ? SInt16{32} : SInt16{0};
 }
 
 }  // namespace
@@ -56,14 +72,20 @@ void SetGWorld(CGrafPtr port, GDHandle /*device*/) {
   SetPort(port);
 }
 
-OSErr NewGWorld(GWorldPtr* world, SInt16 depth, const Rect* bounds, CTabHandle /*colors*/,
-                GDHandle /*device*/, GWorldFlags /*flags*/) {
+OSErr NewGWorld(GWorldPtr* world, SInt16 depth, const Rect* bounds, CTabHandle colors,
+                GDHandle device, GWorldFlags flags) {
+  const OSType format = depth == 0 ? 32 : static_cast<OSType>(depth);
+  return QTNewGWorld(world, format, bounds, colors, device, flags);
+}
+
+OSErr QTNewGWorld(GWorldPtr* world, OSType format, const Rect* bounds, CTabHandle /*colors*/,
+                  GDHandle /*device*/, GWorldFlags /*flags*/) {
   if (world == nullptr) return paramErr;
   *world = nullptr;
   if (bounds == nullptr || EmptyRect(bounds)) return paramErr;
-  if (depth != 0 && depth != 1 && depth != 32) return cDepthErr;
+  if (DepthOf(format) == 0) return cDepthErr;
   auto port = std::make_unique<GraphicsPort>();
-  if (!AllocatePixels(port.get(), depth == 0 ? SInt16{32} : depth, *bounds)) return memFullErr;
+  if (!AllocatePixels(port.get(), DepthOf(format), *bounds)) return memFullErr;
   *world = port.release();
   return noErr;
 }
@@ -74,10 +96,11 @@ OSErr QTNewGWorldFromPtr(GWorldPtr* world, OSType format, const Rect* bounds, CT
   if (world == nullptr) return paramErr;
   *world = nullptr;
   if (bounds == nullptr || EmptyRect(bounds) || pixels == nullptr) return paramErr;
-  if (format != 32) return cDepthErr;
-  if (rowBytes < WidthOf(*bounds) * 4) return paramErr;
+  const SInt16 depth = DepthOf(format);
+  if (depth < 16) return cDepthErr;
+  if (rowBytes < RowBytesOf(depth, *bounds)) return paramErr;
   auto port = std::make_unique<GraphicsPort>();
-  port->pixels = {static_cast<UInt8*>(pixels), rowBytes, *bounds, 32};
+  port->pixels = {static_cast<UInt8*>(pixels), rowBytes, *bounds, depth};
   *world = port.release();
   return noErr;
 }

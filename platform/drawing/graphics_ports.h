@@ -4,7 +4,8 @@
 /// style) and, while one is recorded into it, a picture; a thread that has set none draws into one
 /// of its own, which has no pixels. Worlds have 32 or 1 bit a pixel: alpha, red, green and blue of
 /// 8 bits each, alpha first; or one bit, set for black, the leftmost pixel on top of its byte. What
-/// is drawn into 32 bits is opaque. One thread at a time uses a port.
+/// is drawn into 32 bits is opaque. Worlds of `2vuy`, 16 bits a pixel, hold frames of movies and
+/// pictures to be compressed; other drawing leaves them alone. One thread at a time uses a port.
 #pragma once
 
 #include "base_types.h"
@@ -17,7 +18,7 @@ struct PixMap {
   UInt8* baseAddr;
   SInt32 rowBytes;
   Rect bounds;
-  SInt16 pixelSize;  ///< bits, 1 or 32
+  SInt16 pixelSize;  ///< bits, 1, 16 for `2vuy`, or 32
   Fixed gammaLevel = 0;
   Fixed requestedGammaLevel = 0;
 };
@@ -48,8 +49,13 @@ inline constexpr GWorldFlags kGWorldKeepLocal = 8;
 /// or memFullErr.
 OSErr NewGWorld(GWorldPtr* world, SInt16 depth, const Rect* bounds, CTabHandle colors,
                 GDHandle device, GWorldFlags flags);
-/// The same over pixels of the caller's, which outlive it and are left as they are. The format is
-/// 32. paramErr also for lines that are shorter than their pixels.
+/// The same of a pixel format: 1, 32, `ARGB`, which is 32, or `2vuy`, whose pixels are black at
+/// first.
+OSErr QTNewGWorld(GWorldPtr* world, OSType format, const Rect* bounds, CTabHandle colors,
+                  GDHandle device, GWorldFlags flags);
+/// The same over pixels of the caller's, which outlive it and are left as they are. The format
+/// isn't
+/// 1. paramErr also for lines that are shorter than their pixels.
 OSErr QTNewGWorldFromPtr(GWorldPtr* world, OSType format, const Rect* bounds, CTabHandle colors,
                          GDHandle device, GWorldFlags flags, void* pixels, SInt32 rowBytes);
 /// Ends a world, null allowed. If it is the current port, the thread's own becomes that.

@@ -11,6 +11,7 @@
 #include "image_descriptions.h"
 #include "image_encoder.h"
 #include "rectangles.h"
+#include "video_pixels.h"
 
 struct ImageCompressor {
   OSType type;
@@ -67,22 +68,45 @@ const Codec* FindCodec(OSType type) {
   return found != std::end(kCodecs) ? found : nullptr;
 }
 
-/// The part of a world that a rectangle covers.
-OSErr PictureOf(PixMapHandle pixels, const Rect* rect, PixelBlock* picture) {
-  if (pixels == nullptr || *pixels == nullptr || rect == nullptr)
-    return static_cast<OSErr>(paramErr);
-  const PixMap& map = **pixels;
-  if (map.pixelSize != 32) return cDepthErr;
-  Rect part;
-  if (EmptyRect(rect) || !SectRect(rect, &map.bounds, &part) || !EqualRect(rect, &part))
-    return static_cast<OSErr>(paramErr);
-  picture->pixels = map.baseAddr + std::ptrdiff_t{part.top - map.bounds.top} * map.rowBytes +
+/// The part of a world that a rectangle covers, in 32 bits.
+class Picture {
+ public:
+  OSErr Take(PixMapHandle pixels, const Rect* rect) {
+    if (pixels == nullptr || *pixels == nullptr || rect == nullptr)
+      return static_cast<OSErr>(paramErr);
+    const PixMap& map = **pixels;
+    if (map.pixelSize < 16) return cDepthErr;
+    Rect part;
+    if (EmptyRect(rect) || !SectRect(rect, &map.bounds, &part) || !EqualRect(rect, &part))
+      return static_cast<OSErr>(paramErr);
+    block_ = {map.baseAddr, static_cast<std::size_t>(map.rowBytes),
+              static_cast<UInt32>(map.bounds.right - map.bounds.left),
+              static_cast<UInt32>(map.bounds.bottom - map.bounds.top)};
+    if (map.pixelSize == 16) {
+      const OSStatus status = Convert();
+      if (status) return static_cast<OSErr>(status);
+    }
+    block_.pixels = block_.Row(static_cast<UInt32>(part.top - map.bounds.top)) +
                     std::ptrdiff_t{part.left - map.bounds.left} * 4;
-  picture->row_bytes = static_cast<std::size_t>(map.rowBytes);
-  picture->width = static_cast<UInt32>(part.right - part.left);
-  picture->height = static_cast<UInt32>(part.bottom - part.top);
-  return noErr;
-}
+    block_.width = static_cast<UInt32>(part.right - part.left);
+    block_.height = static_cast<UInt32>(part.bottom - part.top);
+    return noErr;
+  }
+  const PixelBlock& block() const { return block_; }
+
+ private:
+  OSStatus Convert() {
+    const OSStatus status =
+        quillmere::imaging::AllocateImage(block_.width, block_.height, &converted_);
+    if (status) return status;
+    quillmere::imaging::ArgbFrom2vuy(block_, converted_.block);
+    block_ = converted_.block;
+    return noErr;
+  }
+
+  PixelBlock block_;
+  quillmere::imaging::DecodedImage converted_;
+};
 
 OSErr Describe(const Codec& codec, const PixelBlock& picture, CodecQ quality, std::size_t data_size,
                Handle description) {
@@ -109,9 +133,9 @@ OSErr Describe(const Codec& codec, const PixelBlock& picture, CodecQ quality, st
 
 /// The codec and the picture of a call.
 OSErr FindInputs(PixMapHandle pixels, const Rect* rect, OSType type, const Codec** codec,
-                 PixelBlock* picture) {
+                 Picture* picture) {
   *codec = FindCodec(type);
-  return *codec != nullptr ? PictureOf(pixels, rect, picture) : noCodecErr;
+  return *codec != nullptr ? picture->Take(pixels, rect) : noCodecErr;
 }
 
 }  // namespace
@@ -146,13 +170,13 @@ OSStatus QTGetComponentProperty(CompressorComponent compressor, OSType /*propert
 OSErr GetMaxCompressionSize(PixMapHandle pixels, const Rect* rect, SInt16 depth, CodecQ /*quality*/,
                             OSType codec, CompressorComponent compressor, SInt32* size) {
   const Codec* found = nullptr;
-  PixelBlock picture{};
+  Picture picture;
   if (size == nullptr || (depth != 0 && depth != 32)) return static_cast<OSErr>(paramErr);
   *size = 0;
   if (compressor != nullptr && compressor->type != codec) return static_cast<OSErr>(paramErr);
   const OSErr status = FindInputs(pixels, rect, codec, &found, &picture);
   if (status) return status;
-  const UInt64 most = found->largest(picture.width, picture.height);
+  const UInt64 most = found->largest(picture.block().width, picture.block().height);
   if (most > static_cast<UInt64>(std::numeric_limits<SInt32>::max())) return memFullErr;
   *size = static_cast<SInt32>(most);
   return noErr;
@@ -161,27 +185,27 @@ OSErr GetMaxCompressionSize(PixMapHandle pixels, const Rect* rect, SInt16 depth,
 OSErr CompressImage(PixMapHandle pixels, const Rect* rect, CodecQ quality, OSType codec,
                     Handle description, UInt8* data) {
   const Codec* found = nullptr;
-  PixelBlock picture{};
+  Picture picture;
   if (data == nullptr) return static_cast<OSErr>(paramErr);
   const OSErr status = FindInputs(pixels, rect, codec, &found, &picture);
   if (status) return status;
   std::vector<UInt8> bytes;
-  const OSStatus encoded = found->encode(picture, quality, &bytes);
+  const OSStatus encoded = found->encode(picture.block(), quality, &bytes);
   if (encoded) return static_cast<OSErr>(encoded);
   std::ranges::copy(bytes, data);
-  return Describe(*found, picture, quality, bytes.size(), description);
+  return Describe(*found, picture.block(), quality, bytes.size(), description);
 }
 
 OSErr MakeImageDescriptionForPixMap(PixMapHandle pixels, Handle* description) {
   if (description == nullptr || pixels == nullptr || *pixels == nullptr)
     return static_cast<OSErr>(paramErr);
-  PixelBlock picture{};
-  const OSErr status = PictureOf(pixels, &(*pixels)->bounds, &picture);
+  Picture picture;
+  const OSErr status = picture.Take(pixels, &(*pixels)->bounds);
   if (status) return status;
   *description = NewHandle(0);
   if (*description == nullptr) return MemError();
-  const UInt64 size = LargestRaw(picture.width, picture.height);
-  return Describe(kCodecs[0], picture, codecLosslessQuality, static_cast<std::size_t>(size),
+  const UInt64 size = LargestRaw(picture.block().width, picture.block().height);
+  return Describe(kCodecs[0], picture.block(), codecLosslessQuality, static_cast<std::size_t>(size),
                   *description);
 }
 
@@ -192,9 +216,9 @@ OSErr CompressSequenceBegin(CompressionSequenceID* sequence, PixMapHandle pixels
   *sequence = nullptr;
   SInt32 most = 0;
   OSErr status = GetMaxCompressionSize(pixels, rect, depth, quality, codec, compressor, &most);
-  PixelBlock picture{};
-  if (!status) status = PictureOf(pixels, rect, &picture);
-  if (!status) status = Describe(*FindCodec(codec), picture, quality, 0, description);
+  Picture picture;
+  if (!status) status = picture.Take(pixels, rect);
+  if (!status) status = Describe(*FindCodec(codec), picture.block(), quality, 0, description);
   if (!status) *sequence = new CompressionSequence{codec, quality, *rect};
   return status;
 }
@@ -210,11 +234,12 @@ OSErr CompressSequenceFrame(CompressionSequenceID sequence, PixMapHandle pixels,
                             UInt32 /*flags*/, UInt8* data, SInt32* size) {
   if (sequence == nullptr || data == nullptr || size == nullptr)
     return static_cast<OSErr>(paramErr);
-  PixelBlock picture{};
-  const OSErr status = PictureOf(pixels, rect, &picture);
+  Picture picture;
+  const OSErr status = picture.Take(pixels, rect);
   if (status) return status;
   std::vector<UInt8> bytes;
-  const OSStatus encoded = FindCodec(sequence->codec)->encode(picture, sequence->quality, &bytes);
+  const OSStatus encoded =
+      FindCodec(sequence->codec)->encode(picture.block(), sequence->quality, &bytes);
   if (encoded) return static_cast<OSErr>(encoded);
   std::ranges::copy(bytes, data);
   *size = static_cast<SInt32>(bytes.size());

@@ -1,9 +1,9 @@
 /// Images compressed from the pixels of worlds: alone and in sequences, by compressors.
 ///
 /// There are compressors (components of type `imco`) of `raw ` (32 bits, alpha first), `png ` and
-/// `jpeg`. Pixels are of worlds of 32 bits. Qualities go from 0 to 1023, and 1024 for lossless.
-/// Statuses: paramErr, noCodecErr for a type without a compressor, cDepthErr for other worlds,
-/// memFullErr.
+/// `jpeg`. Pixels are of worlds of 32 bits or of `2vuy`. Qualities go from 0 to 1023, and 1024 for
+/// lossless. Statuses: paramErr, noCodecErr for a type without a compressor, cDepthErr for other
+/// worlds, memFullErr.
 #pragma once
 
 #include "graphics_ports.h"

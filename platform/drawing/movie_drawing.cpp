@@ -23,7 +23,7 @@ void SetMovieGWorld(Movie movie, CGrafPtr port, [[maybe_unused]] GDHandle device
   movie->port = nullptr;
   movie->frame_delivered = false;
   PixMap* const map = MapOf(GetGWorldPixMap(port));
-  if (map != nullptr && map->pixelSize != 32) {
+  if (map != nullptr && map->pixelSize < 16) {
     NoteStatus(cDepthErr);
     return;
   }
@@ -35,6 +35,7 @@ void SetMovieGWorld(Movie movie, CGrafPtr port, [[maybe_unused]] GDHandle device
   target.pixels.row_bytes = static_cast<std::size_t>(map->rowBytes);
   target.pixels.width = static_cast<UInt32>(map->bounds.right - map->bounds.left);
   target.pixels.height = static_cast<UInt32>(map->bounds.bottom - map->bounds.top);
+  target.is_2vuy = map->pixelSize == 16;
   target.gamma_level = &map->gammaLevel;
   movie->target = target;
   movie->port = port;

@@ -8,8 +8,8 @@
 #include "graphics_ports.h"
 #include "movie_toolbox.h"
 
-/// Sets the world, of 32 bits, that a movie draws into; it outlives that. Null for none. cDepthErr
-/// in GetMoviesError for another depth.
+/// Sets the world, of 32 bits or `2vuy`, that a movie draws into; it outlives that. Null for none.
+/// cDepthErr in GetMoviesError for another depth.
 void SetMovieGWorld(Movie movie, CGrafPtr port, GDHandle device);
 void GetMovieGWorld(Movie movie, CGrafPtr* port, GDHandle* device);
 

@@ -6,10 +6,11 @@
 
 namespace quillmere::movies {
 
-/// ARGB pixels of the program's, which outlive their use, and where in the movie they lie. What is
-/// drawn is sRGB, whose gamma goes to `gamma_level` (may be null), 16.16.
+/// Pixels of the program's, which outlive their use, and where in the movie they lie. What is drawn
+/// is sRGB, whose gamma goes to `gamma_level` (may be null), 16.16.
 struct FrameTarget {
-  imaging::PixelBlock pixels;
+  imaging::PixelBlock pixels;  ///< ARGB, or `2vuy`
+  bool is_2vuy = false;
   Rect bounds = {};
   Fixed* gamma_level = nullptr;
 };

@@ -7,6 +7,7 @@
 #include "images.h"
 #include "rectangles.h"
 #include "toolbox_records.h"
+#include "video_pixels.h"
 #include "visible_samples.h"
 
 const CFStringRef kQTVisualContextPixelBufferAttributesKey = CFSTR("PixelBufferAttributes");
@@ -108,13 +109,26 @@ OSStatus DrawIntoTarget(Movie movie, const quillmere::movies::FrameTarget& targe
   GetMovieBox(movie, &box);
   Rect part;
   if (!SectRect(&box, &target.bounds, &part)) return noErr;
-  quillmere::imaging::PixelBlock frame = target.pixels;
-  frame.pixels = frame.Row(static_cast<UInt32>(part.top - target.bounds.top)) +
-                 std::ptrdiff_t{4} * (part.left - target.bounds.left);
-  frame.width = static_cast<UInt32>(part.right - part.left);
-  frame.height = static_cast<UInt32>(part.bottom - part.top);
   if (target.gamma_level) *target.gamma_level = kGammaOfSrgb;
-  return quillmere::movies::ComposeSamples(samples, part.left, part.top, frame, nullptr);
+  const auto left = static_cast<UInt32>(part.left - target.bounds.left);
+  const auto top = static_cast<UInt32>(part.top - target.bounds.top);
+  const auto width = static_cast<UInt32>(part.right - part.left);
+  const auto height = static_cast<UInt32>(part.bottom - part.top);
+  const auto compose = [&](quillmere::imaging::PixelBlock frame) {
+    frame.width = width;
+    frame.height = height;
+    return quillmere::movies::ComposeSamples(samples, part.left, part.top, frame, nullptr);
+  };
+  if (!target.is_2vuy) {
+    quillmere::imaging::PixelBlock frame = target.pixels;
+    frame.pixels = frame.Row(top) + std::size_t{4} * left;
+    return compose(frame);
+  }
+  quillmere::imaging::DecodedImage image;
+  const OSStatus allocated = quillmere::imaging::AllocateImage(width, height, &image);
+  const OSStatus composed = allocated != noErr ? allocated : compose(image.block);
+  if (composed == noErr) quillmere::imaging::ArgbTo2vuy(image.block, left, top, target.pixels);
+  return composed;
 }
 
 }  // namespace

@@ -94,23 +94,24 @@ SInt32 QT_CanCodecChFieldDomLossless(OSType codecType, Boolean* can) {
                                                            : SInt32{noErr};
 }
 
-SInt32 QT_GetMaxCompressionSize(const Rect* rect, OSType /*pixelFormat*/, Handle settings,
+SInt32 QT_GetMaxCompressionSize(const Rect* rect, OSType pixelFormat, Handle settings,
                                 CodecQ quality, OSType codecType, SInt32* size) {
   *size = 0;
   PictureBuffer buffer;
   OpenCompressor compressor;
-  const SInt32 status = PrepareCompression(*rect, codecType, settings, &buffer, &compressor);
+  const SInt32 status =
+      PrepareCompression(pixelFormat, *rect, codecType, settings, &buffer, &compressor);
   if (status) return status;
   return GetMaxCompressionSize(buffer.pixels(), rect, 0, quality, codecType, compressor.get(),
                                size);
 }
 
-SInt32 QT_GetCSequenceMaxComprSize(const Rect* rect, OSType /*pixelFormat*/, CodecQ quality,
+SInt32 QT_GetCSequenceMaxComprSize(const Rect* rect, OSType pixelFormat, CodecQ quality,
                                    OSType codecType, Handle settings, SInt32* size) {
   *size = 0;
   PictureBuffer buffer;
   OpenCompressor compressor;
-  SInt32 status = PrepareCompression(*rect, codecType, settings, &buffer, &compressor);
+  SInt32 status = PrepareCompression(pixelFormat, *rect, codecType, settings, &buffer, &compressor);
   Handle description = nullptr;
   if (!status) status = MakeImageDescriptionForPixMap(buffer.pixels(), &description);
   const AtExit dispose([&] { GL_DisposeHandle(&description); });
@@ -137,7 +138,7 @@ SInt32 QT_AddCompressedTextImageToMedia(Fixed width, Fixed height, QT_DrawTextIm
   const Rect rect = {0, 0, static_cast<SInt16>(Fix2Long(height)),
                      static_cast<SInt16>(Fix2Long(width))};
   PictureBuffer buffer;
-  SInt32 status = buffer.Make(rect);
+  SInt32 status = buffer.Make(32, rect);
   if (status) return status;
   CGrafPtr oldPort = nullptr;
   GDHandle oldDevice = nullptr;

@@ -19,8 +19,8 @@ SInt32 QT_GetQTMovieCompressorEnforcedSize(OSType codecType, Handle settings, Po
 /// compressor.
 SInt32 QT_CanCodecChFieldDomLossless(OSType codecType, Boolean* can);
 
-/// The most bytes that a picture of a rectangle's size takes, alone or in a sequence. Pictures here
-/// have 32 bits a pixel, whatever format is named.
+/// The most bytes that a picture of a rectangle's size takes, alone or in a sequence. Pictures are
+/// of `2vuy`, or have 32 bits a pixel for any other format.
 SInt32 QT_GetMaxCompressionSize(const Rect* rect, OSType pixelFormat, Handle settings,
                                 CodecQ quality, OSType codecType, SInt32* size);
 SInt32 QT_GetCSequenceMaxComprSize(const Rect* rect, OSType pixelFormat, CodecQ quality,
@@ -46,6 +46,10 @@ OSErr QT_MinimalDrawingCompleteProc(Movie movie, SInt64 flag);
 /// The gamma of the movie's first frame as it is drawn, into a port of the caller's or for null one
 /// of its own; 2.2 where none is told.
 SInt32 QT_GetMovieGamma2(Movie movie, CGrafPtr port, Float32* gamma);
+/// Prints to standard output how drawing answers to requested gamma levels (the system's, the
+/// source's and 2.2): what a world of 32 bits and one of `2vuy` tell, and the change measured
+/// between them in four pixels of the first frame. `codecType` is printed with it.
+SInt32 QT_TestMovieGamma(Movie movie, OSType codecType);
 
 /// Draws into a rectangle of the current port; the constants are the caller's.
 using QT_DrawTextImageProc = void (*)(Rect rect, SInt64 first, SInt64 second, SInt64 third);

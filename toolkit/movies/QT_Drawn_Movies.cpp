@@ -10,63 +10,14 @@
 #include "QT_Frame_Statistics.h"
 #include "QT_Frames.h"
 #include "compressors_private.h"
-#include "fixed_point.h"
-#include "interval_walks_private.h"
-#include "movie_drawing.h"
+#include "drawn_movie_private.h"
 #include "reference_counted.h"
-#include "up_time.h"
-#include "visual_context.h"
 
 using namespace quillmere;
 
 namespace {
 
 constexpr SInt32 kMostPictures = 10;
-
-/// A movie that draws into a world for as long as this lives.
-class DrawnMovie {
- public:
-  DrawnMovie(Movie movie, GWorldPtr world)
-      : movie_(movie), wasActive_(GetMovieActive(movie)), time_(GetMovieTime(movie, nullptr)) {
-    GetMovieVisualContext(movie, &context_);
-    GetMovieGWorld(movie, &port_, nullptr);
-    SetMovieVisualContext(movie, nullptr);
-    SetMovieGWorld(movie, world, nullptr);
-    SetMovieDrawingCompleteProc(movie, movieDrawingCallWhenChanged, QT_MinimalDrawingCompleteProc,
-                                reinterpret_cast<SInt64>(&isDrawn_));
-    SetMovieActive(movie, 1);
-  }
-  ~DrawnMovie() {
-    SetMovieDrawingCompleteProc(movie_, 0, nullptr, 0);
-    SetMovieGWorld(movie_, port_, nullptr);
-    SetMovieVisualContext(movie_, context_);
-    SetMovieActive(movie_, wasActive_);
-    SetMovieTimeValue(movie_, time_);
-  }
-  DrawnMovie(const DrawnMovie&) = delete;
-  DrawnMovie& operator=(const DrawnMovie&) = delete;
-
-  /// Draws the frame of a time; the status of that.
-  SInt32 Draw(SInt32 time) {
-    constexpr int kMostTries = 100;
-    isDrawn_ = 0;
-    SetMovieTimeValue(movie_, time);
-    for (int tries = 0; tries < kMostTries; ++tries) {
-      MoviesTask(movie_, 0);
-      if (isDrawn_) return GetMoviesError();
-      Delay(5, nullptr);
-    }
-    return noMovieFound;
-  }
-
- private:
-  Movie movie_;
-  Boolean wasActive_;
-  TimeValue time_;
-  QTVisualContextRef context_ = nullptr;
-  CGrafPtr port_ = nullptr;
-  Boolean isDrawn_ = 0;
-};
 
 /// Which pictures of a movie are measured.
 struct Selection {
@@ -129,7 +80,7 @@ SInt32 QT_GetMaxCompressionSizeFromMovie(Movie movie, Boolean framesByTime, SInt
 }
 
 SInt32 QT_GetMaxCompressionSizeFromMovie2(Movie movie, Boolean framesByTime, SInt32 count,
-                                          SInt32 step, OSType /*pixelFormat*/, Handle settings,
+                                          SInt32 step, OSType pixelFormat, Handle settings,
                                           CodecQ quality, OSType codecType, Boolean compress,
                                           SInt32* largest, SInt32* mean, SInt32* deviation) {
   *largest = *mean = *deviation = 0;
@@ -143,7 +94,7 @@ SInt32 QT_GetMaxCompressionSizeFromMovie2(Movie movie, Boolean framesByTime, SIn
   GetMovieBox(movie, &box);
   PictureBuffer buffer;
   OpenCompressor compressor;
-  status = PrepareCompression(box, codecType, settings, &buffer, &compressor);
+  status = PrepareCompression(pixelFormat, box, codecType, settings, &buffer, &compressor);
   Handle description = NewHandle(4);
   const AtExit dispose([&] { GL_DisposeHandle(&description); });
   CompressionSequenceID sequence = nullptr;
@@ -158,35 +109,5 @@ SInt32 QT_GetMaxCompressionSizeFromMovie2(Movie movie, Boolean framesByTime, SIn
   std::vector<SInt32> sizes;
   status = CompressPictures(movie, selection, buffer, sequence, box, &sizes);
   if (!status) Summarize(sizes, mean, deviation);
-  return status;
-}
-
-SInt32 QT_GetMovieGamma2(Movie movie, CGrafPtr port, Float32* gamma) {
-  constexpr float kDefault = 2.2F;
-  constexpr float kLeast = 0.01F;
-  *gamma = kDefault;
-  Rect box{};
-  GetMovieBox(movie, &box);
-  PictureBuffer buffer;
-  SInt32 status = GetMoviesError();
-  if (!status && port == nullptr) {
-    status = buffer.Make({0, 0, static_cast<SInt16>(box.bottom - box.top),
-                          static_cast<SInt16>(box.right - box.left)});
-    port = buffer.world();
-  }
-  if (status) return status;
-  PixMapHandle pixels = GetGWorldPixMap(port);
-  const Fixed level = QTGetPixMapHandleGammaLevel(pixels);
-  const Fixed requested = QTGetPixMapHandleRequestedGammaLevel(pixels);
-  QTSetPixMapHandleRequestedGammaLevel(pixels, -1);
-  SInt32 time = 0;
-  constexpr OSType kVisualTypes[] = {"eyes"_4cc};
-  GetMovieNextInterestingTime(movie, nextTimeMediaSample | nextTimeEdgeOK, 1, kVisualTypes, 0,
-                              kForwards, &time, nullptr);
-  status = DrawnMovie(movie, port).Draw(std::max(time, 0));
-  const auto drawn = static_cast<float>(Fix2X(QTGetPixMapHandleGammaLevel(pixels)));
-  if (!status && drawn >= kLeast) *gamma = drawn;
-  QTSetPixMapHandleGammaLevel(pixels, level);
-  QTSetPixMapHandleRequestedGammaLevel(pixels, requested);
   return status;
 }

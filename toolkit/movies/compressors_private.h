@@ -25,7 +25,8 @@ inline SInt32 OpenCompressorOf(OSType codecType, Handle settings, OpenCompressor
   return ImageCodecSetSettings(opened, settings);
 }
 
-/// A world of 32 bits of a rectangle's size, disposed of at the end.
+/// A world of a rectangle's size, disposed of at the end: of `2vuy`, or of 32 bits for any other
+/// format.
 class PictureBuffer {
  public:
   PictureBuffer() = default;
@@ -33,7 +34,10 @@ class PictureBuffer {
   PictureBuffer(const PictureBuffer&) = delete;
   PictureBuffer& operator=(const PictureBuffer&) = delete;
 
-  SInt32 Make(const Rect& rect) { return NewGWorld(&world_, 32, &rect, nullptr, nullptr, 0); }
+  SInt32 Make(OSType format, const Rect& rect) {
+    const OSType made = format == "2vuy"_4cc ? format : 32;
+    return QTNewGWorld(&world_, made, &rect, nullptr, nullptr, 0);
+  }
   PixMapHandle pixels() const { return GetGWorldPixMap(world_); }
   GWorldPtr world() const { return world_; }
 
@@ -42,9 +46,10 @@ class PictureBuffer {
 };
 
 /// Makes the buffer, and opens the compressor where there are settings for it.
-inline SInt32 PrepareCompression(const Rect& rect, OSType codecType, Handle settings,
-                                 PictureBuffer* buffer, OpenCompressor* compressor) {
-  const SInt32 status = buffer->Make(rect);
+inline SInt32 PrepareCompression(OSType pixelFormat, const Rect& rect, OSType codecType,
+                                 Handle settings, PictureBuffer* buffer,
+                                 OpenCompressor* compressor) {
+  const SInt32 status = buffer->Make(pixelFormat, rect);
   return status || !HasBytes(settings) ? status : OpenCompressorOf(codecType, settings, compressor);
 }
 

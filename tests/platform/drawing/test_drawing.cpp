@@ -42,6 +42,22 @@ TEST(Worlds, BadArgumentsGetTheirStatus) {
   PaintRect(&kBounds);  // into the port without pixels
 }
 
+TEST(Worlds, VideoIsLeftAloneByDrawing) {
+  GWorldPtr world = nullptr;
+  const Rect odd = {-1, 3, 4, 10};
+  ASSERT_EQ(QTNewGWorld(&world, "2vuy"_4cc, &odd, nullptr, nullptr, 0), noErr);
+  const PixMap& map = **GetGWorldPixMap(world);
+  ASSERT_EQ(map.rowBytes, 16);  // whole pairs
+  const World argb = MakeWorld(kBounds);
+  SetGWorld(world, nullptr);
+  PaintRect(&odd);
+  CopyBits(GetPortBitMapForCopyBits(argb.get()), GetPortBitMapForCopyBits(world), &odd, &odd,
+           srcCopy, nullptr);
+  for (std::size_t i = 0; i < 5 * 16; ++i)
+    ASSERT_EQ(map.baseAddr[i], i % 2 == 0 ? 128 : 16) << i;
+  DisposeGWorld(world);
+}
+
 TEST(Worlds, EachThreadHasItsOwnPort) {
   const World world = MakeWorld(kBounds);
   GrafPtr here = nullptr;

@@ -375,6 +375,17 @@ TEST_F(MadeMovie, DrawnImagesAreCompressedIntoSamples) {
   EXPECT_TRUE(inside[0] == 255 && inside[1] == 255 && inside[2] == 0) << "drawn where it lies";
   EXPECT_EQ(0, map.baseAddr[0]) << "the rest stays";
   DisposeGWorld(world);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(noErr, QT_TestMovieGamma(movie_, "png "_4cc));
+  const std::string printed = testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(printed.starts_with(
+      "cType = png , offscreen type = 32, reqGamma = 0.00, actGamma = 2.20\nARGB[4]: FF FF 00 "))
+      << printed;
+  EXPECT_NE(std::string::npos, printed.find("offscreen type = 2vuy, reqGamma = 2.20")) << printed;
+  EXPECT_TRUE(printed.ends_with("Measured Y gamma change = 1.00\n")) << printed;
+  EXPECT_EQ(noErr, QT_GetMaxCompressionSizeFromMovie2(movie_, 1, 30, 10, "2vuy"_4cc, nullptr, 512,
+                                                      "jpeg"_4cc, 1, &size, &mean, &deviation));
+  EXPECT_TRUE(mean > 50 && mean < size);
   AddVideo("raw "_4cc, {400});
   EXPECT_EQ(-8961, QT_GetMovieGamma2(movie_, nullptr, &gamma)) << "no decoder";
   EXPECT_EQ(400, QT_MovieFrameNumberToTime(movie_, 2));
