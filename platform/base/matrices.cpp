@@ -228,3 +228,14 @@ Boolean TransformRect(const MatrixRecord* matrix, Rect* rect) {
            ToPixel(bounds.right)};
   return KeepsRectangles(*matrix) ? 1 : 0;
 }
+
+SInt16 GetMatrixType(const MatrixRecord* matrix) {
+  constexpr Fixed kOne = 1 << 16;
+  constexpr Fixed kFractOne = 1 << 30;
+  const auto& m = matrix->matrix;
+  if (m[0][2] != 0 || m[1][2] != 0 || m[2][2] != kFractOne) return perspectiveMatrixType;
+  const bool moves = m[2][0] != 0 || m[2][1] != 0;
+  if (m[0][1] != 0 || m[1][0] != 0) return moves ? linearTranslateMatrixType : linearMatrixType;
+  if (m[0][0] != kOne || m[1][1] != kOne) return moves ? scaleTranslateMatrixType : scaleMatrixType;
+  return moves ? translateMatrixType : identityMatrixType;
+}

@@ -10,6 +10,17 @@ Boolean EqualMatrix(const MatrixRecord* a, const MatrixRecord* b);
 void ConcatMatrix(const MatrixRecord* a, MatrixRecord* b);
 /// The matrix that takes one rectangle to another; the identity if the first has no area.
 void RectMatrix(MatrixRecord* matrix, const Rect* from, const Rect* to);
+/// What a matrix does at most; one of a higher type does more.
+enum : SInt16 {
+  identityMatrixType = 0,
+  translateMatrixType = 1,
+  scaleMatrixType = 2,
+  scaleTranslateMatrixType = 3,
+  linearMatrixType = 4,
+  linearTranslateMatrixType = 5,
+  perspectiveMatrixType = 6
+};
+SInt16 GetMatrixType(const MatrixRecord* matrix);
 /// The matrix, with a perspective if need be, that takes four corners to four others. paramErr, and
 /// the identity, if three of the first four lie in a line.
 OSErr QuadToQuadMatrix(const FixedPoint* from, const FixedPoint* to, MatrixRecord* matrix);

@@ -1,6 +1,7 @@
 #include "image_compression.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <iterator>
 #include <limits>
@@ -8,24 +9,32 @@
 #include <string_view>
 #include <vector>
 
+#include "big_endian.h"
+#include "dv_encoder.h"
 #include "image_descriptions.h"
 #include "image_encoder.h"
 #include "rectangles.h"
 #include "video_pixels.h"
 
+using Settings = std::vector<char>;
+
 struct ImageCompressor {
   OSType type;
-  std::vector<char> settings;
+  Settings settings;
 };
 
 struct CompressionSequence {
   OSType codec;
+  Settings settings;
   CodecQ quality;
   Rect rect;
 };
 
 namespace {
 
+using quillmere::codecs::DvFormat;
+using quillmere::codecs::DvFormatOf;
+using quillmere::drawing::ChoicesOf;
 using quillmere::imaging::PixelBlock;
 
 constexpr OSErr kNoComponent = -3000;
@@ -36,6 +45,15 @@ struct Codec {
   UInt64 (*largest)(UInt32 width, UInt32 height);
   OSStatus (*encode)(const PixelBlock& picture, CodecQ quality, std::vector<UInt8>* bytes);
 };
+
+/// The settings of DV.
+constexpr std::size_t kDvProgressive = 0;
+constexpr std::size_t kDvWide = 1;
+constexpr std::size_t kDvSettings = 2;
+
+bool IsSet(const Settings& settings, std::size_t at) {
+  return at < settings.size() && settings[at] != 0;
+}
 
 UInt64 LargestRaw(UInt32 width, UInt32 height) {
   return UInt64{4} * width * height;
@@ -63,9 +81,51 @@ constexpr Codec kCodecs[] = {
     {"jpeg"_4cc, "Photo - JPEG", quillmere::imaging::LargestJpeg, EncodeJpeg},
 };
 
-const Codec* FindCodec(OSType type) {
-  const auto* found = std::ranges::find(kCodecs, type, &Codec::type);
-  return found != std::end(kCodecs) ? found : nullptr;
+/// What compresses pictures of a type: one of the codecs above, or DV.
+class Encoder {
+ public:
+  explicit Encoder(OSType type) : dv_(DvFormatOf(type)) {
+    const auto* found = std::ranges::find(kCodecs, type, &Codec::type);
+    codec_ = found != std::end(kCodecs) ? found : nullptr;
+  }
+  explicit operator bool() const { return dv_ != nullptr || codec_ != nullptr; }
+  OSType type() const { return dv_ != nullptr ? dv_->type : codec_->type; }
+  std::string_view name() const { return dv_ != nullptr ? dv_->name : codec_->name; }
+  const DvFormat* dv() const { return dv_; }
+  UInt64 Largest(const PixelBlock& picture) const {
+    return dv_ != nullptr ? dv_->frame_bytes : codec_->largest(picture.width, picture.height);
+  }
+  OSStatus Encode(const PixelBlock& picture, const Settings& settings, CodecQ quality,
+                  std::vector<UInt8>* bytes) const {
+    if (dv_ == nullptr) return codec_->encode(picture, quality, bytes);
+    return quillmere::codecs::EncodeDv(*dv_, IsSet(settings, kDvWide), picture, bytes);
+  }
+
+ private:
+  const Codec* codec_;
+  const DvFormat* dv_;
+};
+
+/// What a format enforces, as the extensions hold it.
+std::vector<UInt32> EnforcedClap(const DvFormat& format) {
+  return {format.clean_width.numerator,
+          format.clean_width.denominator,
+          format.clean_height.numerator,
+          format.clean_height.denominator,
+          0,
+          1,
+          0,
+          1};
+}
+std::vector<UInt32> EnforcedPasp(const DvFormat& format, const Settings& settings) {
+  const auto& pixel = IsSet(settings, kDvWide) ? format.wide_pixel : format.pixel;
+  return {pixel.numerator, pixel.denominator};
+}
+std::array<UInt8, 2> EnforcedFiel(const DvFormat& format, const Settings& settings) {
+  constexpr UInt8 kTopFirst = 9;
+  constexpr UInt8 kBottomFirst = 14;
+  if (format.is_progressive || IsSet(settings, kDvProgressive)) return {1, 0};
+  return {2, format.is_top_first ? kTopFirst : kBottomFirst};
 }
 
 /// The part of a world that a rectangle covers, in 32 bits.
@@ -108,43 +168,96 @@ class Picture {
   quillmere::imaging::DecodedImage converted_;
 };
 
-OSErr Describe(const Codec& codec, const PixelBlock& picture, CodecQ quality, std::size_t data_size,
-               Handle description) {
+OSErr AddExtension(Handle description, OSType type, const void* bytes, std::size_t size) {
+  Handle extension = nullptr;
+  OSErr status = PtrToHand(bytes, &extension, static_cast<Size>(size));
+  if (!status) status = AddImageDescriptionExtension(description, extension, type);
+  DisposeHandle(extension);
+  return status;
+}
+
+OSErr AddWords(Handle description, OSType type, const std::vector<UInt32>& words) {
+  std::vector<UInt8> bytes(4 * words.size());
+  for (std::size_t i = 0; i < words.size(); ++i)
+    quillmere::WriteU32(bytes.data() + 4 * i, words[i]);
+  return AddExtension(description, type, bytes.data(), bytes.size());
+}
+
+/// Adds what DV enforces.
+OSErr AddEnforced(const DvFormat& format, const Settings& settings, Handle description) {
+  const std::array<UInt8, 2> fiel = EnforcedFiel(format, settings);
+  OSErr status = AddExtension(description, "fiel"_4cc, fiel.data(), fiel.size());
+  if (!status) status = AddWords(description, "pasp"_4cc, EnforcedPasp(format, settings));
+  return status ? status : AddWords(description, "clap"_4cc, EnforcedClap(format));
+}
+
+OSErr Describe(const Encoder& encoder, const PixelBlock& picture, const Settings& settings,
+               CodecQ quality, std::size_t data_size, Handle description) {
   constexpr Fixed k72Dpi = 72 << 16;
+  const DvFormat* const dv = encoder.dv();
   if (description == nullptr) return nilHandleErr;
   ImageDescription record{};
   record.idSize = sizeof record;
-  record.cType = codec.type;
+  record.cType = encoder.type();
   record.spatialQuality = quality;
-  record.width = static_cast<SInt16>(picture.width);
-  record.height = static_cast<SInt16>(picture.height);
+  record.width = static_cast<SInt16>(dv != nullptr ? dv->width : picture.width);
+  record.height = static_cast<SInt16>(dv != nullptr ? dv->height : picture.height);
   record.hRes = record.vRes = k72Dpi;
   record.dataSize = static_cast<SInt32>(data_size);
   record.frameCount = 1;
-  record.name[0] = static_cast<UInt8>(codec.name.size());
-  std::copy(codec.name.begin(), codec.name.end(), record.name + 1);
-  record.depth = 32;
+  record.name[0] = static_cast<UInt8>(encoder.name().size());
+  std::ranges::copy(encoder.name(), record.name + 1);
+  record.depth = dv != nullptr ? 24 : 32;
   record.clutID = -1;
   SetHandleSize(description, sizeof record);
   if (MemError() != noErr) return MemError();
   std::memcpy(*description, &record, sizeof record);
+  return dv != nullptr ? AddEnforced(*dv, settings, description) : OSErr{noErr};
+}
+
+/// Copies a value out; paramErr where it isn't of the size.
+OSStatus Give(const void* value, std::size_t value_size, ByteCount size, void* out,
+              ByteCount* size_used) {
+  if (out == nullptr || size < value_size) return paramErr;
+  std::memcpy(out, value, value_size);
+  if (size_used != nullptr) *size_used = value_size;
   return noErr;
 }
 
-/// The codec and the picture of a call.
-OSErr FindInputs(PixMapHandle pixels, const Rect* rect, OSType type, const Codec** codec,
-                 Picture* picture) {
-  *codec = FindCodec(type);
-  return *codec != nullptr ? picture->Take(pixels, rect) : noCodecErr;
+/// The place of a setting among those of DV; -1 for another property.
+int DvSettingOf(OSType property_class, OSType property_id) {
+  if (property_class != "dvco"_4cc) return -1;
+  if (property_id == "prog"_4cc) return kDvProgressive;
+  return property_id == "16x9"_4cc ? int{kDvWide} : -1;
 }
+
+/// The picture of a call, whose type has to have an encoder.
+OSErr FindInputs(PixMapHandle pixels, const Rect* rect, const Encoder& encoder, Picture* picture) {
+  return encoder ? picture->Take(pixels, rect) : noCodecErr;
+}
+
+/// Compresses into memory of the caller's.
+OSErr CompressTo(const Encoder& encoder, const Picture& picture, const Settings& settings,
+                 CodecQ quality, UInt8* data, std::size_t* size) {
+  std::vector<UInt8> bytes;
+  const OSStatus status = encoder.Encode(picture.block(), settings, quality, &bytes);
+  if (status) return static_cast<OSErr>(status);
+  std::ranges::copy(bytes, data);
+  *size = bytes.size();
+  return noErr;
+}
+
+constexpr quillmere::drawing::CodecChoice kDvChoices[kDvSettings] = {
+    {"Scan mode", {"Interlaced", "Progressive"}}, {"Aspect ratio", {"4:3", "16:9"}}};
 
 }  // namespace
 
 OSErr OpenADefaultComponent(OSType type, OSType subtype, CompressorComponent* compressor) {
   if (compressor == nullptr) return static_cast<OSErr>(paramErr);
   *compressor = nullptr;
-  if (type != kCompressorComponentType || FindCodec(subtype) == nullptr) return kNoComponent;
-  *compressor = new ImageCompressor{subtype, {}};
+  const Encoder encoder(subtype);
+  if (type != kCompressorComponentType || !encoder) return kNoComponent;
+  *compressor = new ImageCompressor{subtype, Settings(encoder.dv() != nullptr ? kDvSettings : 0)};
   return noErr;
 }
 
@@ -156,27 +269,71 @@ OSErr CloseComponent(CompressorComponent compressor) {
 OSErr ImageCodecSetSettings(CompressorComponent compressor, Handle settings) {
   if (compressor == nullptr) return kNoComponent;
   if (settings == nullptr || *settings == nullptr) return nilHandleErr;
-  compressor->settings.assign(*settings, *settings + GetHandleSize(settings));
+  const auto size = static_cast<std::size_t>(GetHandleSize(settings));
+  if (size < ChoicesOf(compressor).size()) return static_cast<OSErr>(paramErr);
+  compressor->settings.assign(*settings, *settings + size);
   return noErr;
 }
 
-OSStatus QTGetComponentProperty(CompressorComponent compressor, OSType /*property_class*/,
-                                OSType /*property_id*/, ByteCount /*size*/, void* /*value*/,
+OSErr ImageCodecGetSettings(CompressorComponent compressor, Handle settings) {
+  if (compressor == nullptr) return kNoComponent;
+  if (settings == nullptr) return nilHandleErr;
+  SetHandleSize(settings, static_cast<Size>(compressor->settings.size()));
+  if (MemError() == noErr) std::ranges::copy(compressor->settings, *settings);
+  return MemError();
+}
+
+OSStatus QTGetComponentProperty(CompressorComponent compressor, OSType property_class,
+                                OSType property_id, ByteCount size, void* value,
                                 ByteCount* size_used) {
   if (size_used != nullptr) *size_used = 0;
-  return compressor != nullptr ? OSStatus{kQTPropertyNotSupportedErr} : OSStatus{kNoComponent};
+  if (compressor == nullptr) return kNoComponent;
+  const Settings& settings = compressor->settings;
+  const DvFormat* const dv = DvFormatOf(compressor->type);
+  if (dv == nullptr) return kQTPropertyNotSupportedErr;
+  const auto give = [&](const auto& property) {
+    return Give(property.data(), property.size() * sizeof property[0], size, value, size_used);
+  };
+  if (const int at = DvSettingOf(property_class, property_id); at >= 0)
+    return give(std::array<Boolean, 1>{IsSet(settings, static_cast<std::size_t>(at))});
+  if (property_class != kCompressorComponentType) return kQTPropertyNotSupportedErr;
+  switch (property_id) {
+    case "enwi"_4cc:
+      return give(std::array<SInt32, 1>{dv->width});
+    case "enhe"_4cc:
+      return give(std::array<SInt32, 1>{dv->height});
+    case "encl"_4cc:
+      return give(EnforcedClap(*dv));
+    case "enpa"_4cc:
+      return give(EnforcedPasp(*dv, settings));
+    case "enfi"_4cc:
+      return give(EnforcedFiel(*dv, settings));
+    default:
+      return kQTPropertyNotSupportedErr;
+  }
+}
+
+OSStatus QTSetComponentProperty(CompressorComponent compressor, OSType property_class,
+                                OSType property_id, ByteCount size, const void* value) {
+  if (compressor == nullptr) return kNoComponent;
+  const int at = DvSettingOf(property_class, property_id);
+  if (at < 0 || ChoicesOf(compressor).empty()) return kQTPropertyNotSupportedErr;
+  if (value == nullptr || size != sizeof(Boolean)) return paramErr;
+  const bool is_set = *static_cast<const Boolean*>(value) != 0;
+  compressor->settings[static_cast<std::size_t>(at)] = is_set ? 1 : 0;
+  return noErr;
 }
 
 OSErr GetMaxCompressionSize(PixMapHandle pixels, const Rect* rect, SInt16 depth, CodecQ /*quality*/,
                             OSType codec, CompressorComponent compressor, SInt32* size) {
-  const Codec* found = nullptr;
   Picture picture;
   if (size == nullptr || (depth != 0 && depth != 32)) return static_cast<OSErr>(paramErr);
   *size = 0;
   if (compressor != nullptr && compressor->type != codec) return static_cast<OSErr>(paramErr);
-  const OSErr status = FindInputs(pixels, rect, codec, &found, &picture);
+  const Encoder encoder(codec);
+  const OSErr status = FindInputs(pixels, rect, encoder, &picture);
   if (status) return status;
-  const UInt64 most = found->largest(picture.block().width, picture.block().height);
+  const UInt64 most = encoder.Largest(picture.block());
   if (most > static_cast<UInt64>(std::numeric_limits<SInt32>::max())) return memFullErr;
   *size = static_cast<SInt32>(most);
   return noErr;
@@ -184,16 +341,13 @@ OSErr GetMaxCompressionSize(PixMapHandle pixels, const Rect* rect, SInt16 depth,
 
 OSErr CompressImage(PixMapHandle pixels, const Rect* rect, CodecQ quality, OSType codec,
                     Handle description, UInt8* data) {
-  const Codec* found = nullptr;
   Picture picture;
   if (data == nullptr) return static_cast<OSErr>(paramErr);
-  const OSErr status = FindInputs(pixels, rect, codec, &found, &picture);
-  if (status) return status;
-  std::vector<UInt8> bytes;
-  const OSStatus encoded = found->encode(picture.block(), quality, &bytes);
-  if (encoded) return static_cast<OSErr>(encoded);
-  std::ranges::copy(bytes, data);
-  return Describe(*found, picture.block(), quality, bytes.size(), description);
+  const Encoder encoder(codec);
+  OSErr status = FindInputs(pixels, rect, encoder, &picture);
+  std::size_t size = 0;
+  if (!status) status = CompressTo(encoder, picture, {}, quality, data, &size);
+  return status ? status : Describe(encoder, picture.block(), {}, quality, size, description);
 }
 
 OSErr MakeImageDescriptionForPixMap(PixMapHandle pixels, Handle* description) {
@@ -204,9 +358,9 @@ OSErr MakeImageDescriptionForPixMap(PixMapHandle pixels, Handle* description) {
   if (status) return status;
   *description = NewHandle(0);
   if (*description == nullptr) return MemError();
-  const UInt64 size = LargestRaw(picture.block().width, picture.block().height);
-  return Describe(kCodecs[0], picture.block(), codecLosslessQuality, static_cast<std::size_t>(size),
-                  *description);
+  const Encoder raw("raw "_4cc);
+  return Describe(raw, picture.block(), {}, codecLosslessQuality,
+                  static_cast<std::size_t>(raw.Largest(picture.block())), *description);
 }
 
 OSErr CompressSequenceBegin(CompressionSequenceID* sequence, PixMapHandle pixels, const Rect* rect,
@@ -218,8 +372,10 @@ OSErr CompressSequenceBegin(CompressionSequenceID* sequence, PixMapHandle pixels
   OSErr status = GetMaxCompressionSize(pixels, rect, depth, quality, codec, compressor, &most);
   Picture picture;
   if (!status) status = picture.Take(pixels, rect);
-  if (!status) status = Describe(*FindCodec(codec), picture.block(), quality, 0, description);
-  if (!status) *sequence = new CompressionSequence{codec, quality, *rect};
+  const Settings settings = compressor != nullptr ? compressor->settings : Settings();
+  if (!status)
+    status = Describe(Encoder(codec), picture.block(), settings, quality, 0, description);
+  if (!status) *sequence = new CompressionSequence{codec, settings, quality, *rect};
   return status;
 }
 
@@ -235,18 +391,29 @@ OSErr CompressSequenceFrame(CompressionSequenceID sequence, PixMapHandle pixels,
   if (sequence == nullptr || data == nullptr || size == nullptr)
     return static_cast<OSErr>(paramErr);
   Picture picture;
-  const OSErr status = picture.Take(pixels, rect);
-  if (status) return status;
-  std::vector<UInt8> bytes;
-  const OSStatus encoded =
-      FindCodec(sequence->codec)->encode(picture.block(), sequence->quality, &bytes);
-  if (encoded) return static_cast<OSErr>(encoded);
-  std::ranges::copy(bytes, data);
-  *size = static_cast<SInt32>(bytes.size());
-  return noErr;
+  OSErr status = picture.Take(pixels, rect);
+  std::size_t bytes = 0;
+  if (!status)
+    status = CompressTo(Encoder(sequence->codec), picture, sequence->settings, sequence->quality,
+                        data, &bytes);
+  if (!status) *size = static_cast<SInt32>(bytes);
+  return status;
 }
 
 OSErr CDSequenceEnd(CompressionSequenceID sequence) {
   delete sequence;
   return noErr;
 }
+
+namespace quillmere::drawing {
+
+std::span<const CodecChoice> ChoicesOf(CompressorComponent compressor) {
+  if (compressor == nullptr || DvFormatOf(compressor->type) == nullptr) return {};
+  return kDvChoices;
+}
+
+std::string_view NameOf(CompressorComponent compressor) {
+  return compressor != nullptr ? Encoder(compressor->type).name() : std::string_view();
+}
+
+}  // namespace quillmere::drawing

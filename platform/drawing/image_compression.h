@@ -1,10 +1,15 @@
 /// Images compressed from the pixels of worlds: alone and in sequences, by compressors.
 ///
-/// There are compressors (components of type `imco`) of `raw ` (32 bits, alpha first), `png ` and
-/// `jpeg`. Pixels are of worlds of 32 bits or of `2vuy`. Qualities go from 0 to 1023, and 1024 for
-/// lossless. Statuses: paramErr, noCodecErr for a type without a compressor, cDepthErr for other
-/// worlds, memFullErr.
+/// There are compressors (components of type `imco`) of `raw ` (32 bits, alpha first), `png `,
+/// `jpeg`, and, where FFmpeg's libraries are installed, of DV: `dvc `, `dvcp`, `dvpp`, `dv5n`,
+/// `dv5p`, and `dvh5`, `dvh6`, `dvhp`, `dvhq`, which scale pictures to a size of their own. Pixels
+/// are of worlds of 32 bits or of `2vuy`. Qualities go from 0 to 1023, and 1024 for lossless.
+/// Statuses: paramErr, noCodecErr for a type without a compressor, cDepthErr for other worlds,
+/// memFullErr.
 #pragma once
+
+#include <span>
+#include <string_view>
 
 #include "graphics_ports.h"
 #include "memory_handles.h"
@@ -23,20 +28,27 @@ inline constexpr OSType kCompressorComponentType = "imco"_4cc;
 /// where there is none.
 OSErr OpenADefaultComponent(OSType type, OSType subtype, CompressorComponent* compressor);
 OSErr CloseComponent(CompressorComponent compressor);
-/// Gives a compressor settings of its own, which are copied.
+/// Gives a compressor settings of its own, which are copied, or takes them. Those of DV are two
+/// Booleans: progressive, which only its descriptions tell, and 16:9. Other compressors keep what
+/// they are given. paramErr for settings of DV that are shorter.
 OSErr ImageCodecSetSettings(CompressorComponent compressor, Handle settings);
-/// A property of a compressor, class `imco`: what it enforces on pictures (`enwi`, `enhe`, `encl`,
-/// `enpa`, `enfi`). These compressors enforce nothing: -2195.
+OSErr ImageCodecGetSettings(CompressorComponent compressor, Handle settings);
+/// Properties of a compressor. Class `imco` tells what it enforces on pictures: `enwi`, `enhe`
+/// (SInt32, pixels), `encl`, `enpa`, `enfi` (extensions `clap`, `pasp`, `fiel` in native byte
+/// order, 32, 8 and 2 bytes). Class `dvco` has the settings of DV: `prog` and `16x9`, a Boolean
+/// each, which can be set. kQTPropertyNotSupportedErr (-2195) for what a compressor hasn't.
 OSStatus QTGetComponentProperty(CompressorComponent compressor, OSType property_class,
                                 OSType property_id, ByteCount size, void* value,
                                 ByteCount* size_used);
+OSStatus QTSetComponentProperty(CompressorComponent compressor, OSType property_class,
+                                OSType property_id, ByteCount size, const void* value);
 
 /// The most bytes that a picture in a rectangle of a world takes. A depth of 0 is the world's own;
 /// `compressor` is null or one of the type.
 OSErr GetMaxCompressionSize(PixMapHandle pixels, const Rect* rect, SInt16 depth, CodecQ quality,
                             OSType codec, CompressorComponent compressor, SInt32* size);
 /// Compresses a picture into memory of that size, and makes its description, whose data size is
-/// that of the bytes.
+/// that of the bytes and which has what the compressor enforces as extensions.
 OSErr CompressImage(PixMapHandle pixels, const Rect* rect, CodecQ quality, OSType codec,
                     Handle description, UInt8* data);
 /// A new description of the pixels themselves, `raw `.
@@ -55,3 +67,17 @@ OSErr CompressSequenceFrame(CompressionSequenceID sequence, PixMapHandle pixels,
                             UInt32 flags, UInt8* data, SInt32* size);
 /// Ends a sequence; null is allowed.
 OSErr CDSequenceEnd(CompressionSequenceID sequence);
+
+namespace quillmere::drawing {
+
+/// One byte of a compressor's settings, and what its values 0 and 1 mean to a person.
+struct CodecChoice {
+  const char* title;
+  const char* names[2];
+};
+/// The bytes of a compressor's settings, for a dialog; none for null and where there are none.
+std::span<const CodecChoice> ChoicesOf(CompressorComponent compressor);
+/// What the compressor is called; empty for null.
+std::string_view NameOf(CompressorComponent compressor);
+
+}  // namespace quillmere::drawing

@@ -1,6 +1,8 @@
 #include "movie_drawing.h"
 
+#include "drawing.h"
 #include "frame_target.h"
+#include "rectangles.h"
 #include "toolbox_records.h"
 
 namespace {
@@ -12,6 +14,40 @@ PixMap* MapOf(PixMapHandle pixels) {
   return pixels != nullptr ? *pixels : nullptr;
 }
 
+/// The pixels of a port as they are now.
+quillmere::movies::FrameTarget TargetOf(void* port) {
+  PixMap& map = **GetGWorldPixMap(static_cast<CGrafPtr>(port));
+  quillmere::movies::FrameTarget target;
+  target.bounds = map.bounds;
+  target.pixels.pixels = map.baseAddr;
+  target.pixels.row_bytes = static_cast<std::size_t>(map.rowBytes);
+  target.pixels.width = static_cast<UInt32>(map.bounds.right - map.bounds.left);
+  target.pixels.height = static_cast<UInt32>(map.bounds.bottom - map.bounds.top);
+  target.is_2vuy = map.pixelSize == 16;
+  target.gamma_level = &map.gammaLevel;
+  return target;
+}
+
+TimeValue PosterTimeOf(const MovieRecord& movie) {
+  return static_cast<TimeValue>(quillmere::movies::MovieHeaderOf(movie).poster_time);
+}
+
+/// What a world shows as a picture with its frame at the origin; null without memory.
+PicHandle RecordPixels(GWorldPtr world, const Rect& box) {
+  Rect frame = box;
+  OffsetRect(&frame, static_cast<SInt16>(-box.left), static_cast<SInt16>(-box.top));
+  const OpenCPicParams header = {frame, kPicture72Dpi, kPicture72Dpi, kOpenCPicVersion, 0, 0};
+  GrafPtr old_port = nullptr;
+  GetPort(&old_port);
+  SetPort(world);
+  PicHandle picture = OpenCPicture(&header);
+  const BitMap* const pixels = GetPortBitMapForCopyBits(world);
+  CopyBits(pixels, pixels, &box, &frame, srcCopy, nullptr);
+  ClosePicture();
+  SetPort(old_port);
+  return picture;
+}
+
 }  // namespace
 
 void SetMovieGWorld(Movie movie, CGrafPtr port, [[maybe_unused]] GDHandle device) {
@@ -19,32 +55,37 @@ void SetMovieGWorld(Movie movie, CGrafPtr port, [[maybe_unused]] GDHandle device
     NoteStatus(invalidMovie);
     return;
   }
-  movie->target.reset();
   movie->port = nullptr;
   movie->frame_delivered = false;
-  PixMap* const map = MapOf(GetGWorldPixMap(port));
+  const PixMap* const map = MapOf(GetGWorldPixMap(port));
   if (map != nullptr && map->pixelSize < 16) {
-    NoteStatus(cDepthErr);
+    movie->drawing_status = NoteStatus(cDepthErr);
     return;
   }
-  NoteStatus(noErr);
-  if (map == nullptr) return;
-  quillmere::movies::FrameTarget target;
-  target.bounds = map->bounds;
-  target.pixels.pixels = map->baseAddr;
-  target.pixels.row_bytes = static_cast<std::size_t>(map->rowBytes);
-  target.pixels.width = static_cast<UInt32>(map->bounds.right - map->bounds.left);
-  target.pixels.height = static_cast<UInt32>(map->bounds.bottom - map->bounds.top);
-  target.is_2vuy = map->pixelSize == 16;
-  target.gamma_level = &map->gammaLevel;
-  movie->target = target;
+  movie->drawing_status = NoteStatus(noErr);
   movie->port = port;
+  movie->target_of = TargetOf;
 }
 
 void GetMovieGWorld(Movie movie, CGrafPtr* port, GDHandle* device) {
   NoteStatus(movie != nullptr ? OSStatus{noErr} : OSStatus{invalidMovie});
   if (port != nullptr) *port = movie != nullptr ? static_cast<CGrafPtr>(movie->port) : nullptr;
   if (device != nullptr) *device = nullptr;
+}
+
+PicHandle GetMoviePosterPict(Movie movie) {
+  NoteStatus(movie != nullptr ? OSStatus{noErr} : OSStatus{invalidMovie});
+  if (movie == nullptr) return nullptr;
+  Rect box;
+  GetMovieBox(movie, &box);
+  GWorldPtr world = nullptr;
+  if (EmptyRect(&box)) return nullptr;
+  OSStatus status = NewGWorld(&world, 32, &box, nullptr, nullptr, 0);
+  if (!status) status = quillmere::movies::DrawFrame(movie, PosterTimeOf(*movie), TargetOf(world));
+  PicHandle picture = status ? nullptr : RecordPixels(world, box);
+  DisposeGWorld(world);
+  NoteStatus(status);
+  return picture;
 }
 
 void SetMovieDrawingCompleteProc(Movie movie, [[maybe_unused]] SInt32 flags,

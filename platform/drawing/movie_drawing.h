@@ -7,11 +7,17 @@
 
 #include "graphics_ports.h"
 #include "movie_toolbox.h"
+#include "pictures.h"
 
 /// Sets the world, of 32 bits or `2vuy`, that a movie draws into; it outlives that. Null for none.
 /// cDepthErr in GetMoviesError for another depth.
 void SetMovieGWorld(Movie movie, CGrafPtr port, GDHandle device);
 void GetMovieGWorld(Movie movie, CGrafPtr* port, GDHandle* device);
+
+/// The frame of the movie's poster time as a new picture of the caller's, its frame at the origin.
+/// Null for a movie that shows nothing, and with the status in GetMoviesError for one that can't be
+/// drawn.
+PicHandle GetMoviePosterPict(Movie movie);
 
 /// Called behind each frame of a movie, also one that could not be drawn: the status is in
 /// GetMoviesError then.

@@ -38,6 +38,22 @@ Component FindNextComponent(Component component, const ComponentDescription* loo
 OSErr GetComponentInfo(Component component, ComponentDescription* description, Handle name,
                        Handle info, Handle icon);
 
+/// Which of the codecs of a type is meant, where it isn't one by itself: any, or the fastest, the
+/// truest or the most compressing. There is one of each type here.
+inline const Component anyCodec = nullptr;
+inline const Component bestSpeedCodec = reinterpret_cast<Component>(-1);
+inline const Component bestFidelityCodec = reinterpret_cast<Component>(-2);
+inline const Component bestCompressionCodec = reinterpret_cast<Component>(-3);
+/// The compressor and the decompressor of a codec type, each output null where there is none; one
+/// that is null isn't looked for. noCodecErr if none is found.
+OSErr FindCodec(OSType codec_type, Component specified, Component* compressor,
+                Component* decompressor);
+/// A resource of a component as a new handle of the caller's; -192 (resNotFound) and null where it
+/// has none. Codecs have `cpix` 1: the pixel formats that they take or give, 4 bytes each in native
+/// order, the one that they like best first.
+inline constexpr OSErr resNotFound = -192;
+OSErr GetComponentPublicResource(Component component, OSType type, SInt16 id, Handle* resource);
+
 #pragma pack(push, 4)
 /// A codec of the list of names.
 struct CodecNameSpec {

@@ -6,7 +6,7 @@
 
 namespace quillmere::movies {
 
-/// Pixels of the program's, which outlive their use, and where in the movie they lie. What is drawn
+/// Pixels of the program's and where in the movie they lie. What is drawn
 /// is sRGB, whose gamma goes to `gamma_level` (may be null), 16.16.
 struct FrameTarget {
   imaging::PixelBlock pixels;  ///< ARGB, or `2vuy`
@@ -14,5 +14,9 @@ struct FrameTarget {
   Rect bounds = {};
   Fixed* gamma_level = nullptr;
 };
+
+/// Draws the frame of a time into the part of a target that the movie's box covers. Statuses are
+/// those of ComposeSamples.
+OSStatus DrawFrame(Movie movie, TimeValue time, const FrameTarget& target);
 
 }  // namespace quillmere::movies

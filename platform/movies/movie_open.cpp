@@ -6,6 +6,7 @@
 #include "data_references.h"
 #include "image_file_info.h"
 #include "media_times.h"
+#include "movie_playing.h"
 #include "orientation.h"
 #include "still_movie.h"
 #include "toolbox_records.h"
@@ -152,14 +153,17 @@ TimeBase GetMovieTimeBase(Movie movie) {
 
 void SetMovieTimeValue(Movie movie, TimeValue time) {
   if (movie == nullptr) return;
+  const Fixed rate = movie->rate;
+  movie->rate = 0;
   movie->time = time;
   movie->frame_delivered = false;
+  SetMovieRate(movie, rate);
 }
 
 TimeValue GetMovieTime(Movie movie, [[maybe_unused]] void* time_record) {
-  return movie != nullptr
-             ? static_cast<TimeValue>(std::clamp<SInt64>(movie->time, 0, kLongestTimeValue))
-             : 0;
+  if (movie == nullptr) return 0;
+  CatchUp(movie);
+  return static_cast<TimeValue>(std::clamp<SInt64>(movie->time, 0, kLongestTimeValue));
 }
 
 namespace {

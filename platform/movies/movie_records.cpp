@@ -114,6 +114,7 @@ bool ReadMovieHeader(const Atom& mvhd, MovieHeader* header) {
   header->rate = ReadS32(bytes + layout.Behind(20));
   header->volume = ReadS16(bytes + layout.Behind(24));
   header->matrix = ReadMatrix(bytes + layout.Behind(36));
+  header->poster_time = ReadU32(bytes + layout.Behind(80));
   header->next_track_id = ReadU32(bytes + layout.Behind(96));
   return true;
 }

@@ -22,6 +22,7 @@ struct MovieHeader {
   Fixed rate = 0;         ///< preferred rate
   SInt16 volume = 0;      ///< preferred volume, 0 to 256
   MatrixRecord matrix = {};
+  UInt32 poster_time = 0;  ///< movie time units
   UInt32 next_track_id = 0;
 };
 bool ReadMovieHeader(const Atom& mvhd, MovieHeader* header);

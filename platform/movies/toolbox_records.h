@@ -5,6 +5,7 @@
 /// the tree, and the state of the open movie.
 #pragma once
 
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -74,6 +75,10 @@ struct MovieRecord {
   UInt64 metadata_changes = 0;  ///< how often metadata or user data has been written
   bool active = false;
   SInt64 time = 0;  ///< movie time units
+  /// How fast it plays, 0 for not, and since when from which time.
+  Fixed rate = 0;
+  std::chrono::steady_clock::time_point playing_since;
+  SInt64 playing_from = 0;
   TimeValue selection_time = 0;
   TimeValue selection_duration = 0;
   OSType aperture_mode = "clas"_4cc;
@@ -83,13 +88,14 @@ struct MovieRecord {
   double dots_per_inch_y = 0;
   /// The context it draws into, not owned, and if the frame of the present time has been delivered.
   QTVisualContextRef visual_context = nullptr;
-  /// The pixels it draws into without a context, the port they are of, and what is called behind
-  /// a frame.
-  std::optional<quillmere::movies::FrameTarget> target;
+  /// The port it draws into without a context, what tells that port's pixels as they are, and what
+  /// is called behind a frame.
   void* port = nullptr;
+  quillmere::movies::FrameTarget (*target_of)(void* port) = nullptr;
   OSErr (*drawing_complete)(Movie movie, SInt64 reference_constant) = nullptr;
   SInt64 drawing_constant = 0;
   bool frame_delivered = false;
+  OSStatus drawing_status = noErr;  ///< of the last frame, or of the port that was set
 };
 
 namespace quillmere::movies {

@@ -5,6 +5,7 @@
 
 #include "compositor.h"
 #include "images.h"
+#include "movie_playing.h"
 #include "rectangles.h"
 #include "toolbox_records.h"
 #include "video_pixels.h"
@@ -98,12 +99,12 @@ OSStatus RenderFrame(Movie movie, const QTVisualContext& context, CVPixelBufferR
   return noErr;
 }
 
-/// Draws the present frame into the part of a target that the movie's box covers.
-OSStatus DrawIntoTarget(Movie movie, const quillmere::movies::FrameTarget& target) {
+}  // namespace
+
+OSStatus quillmere::movies::DrawFrame(Movie movie, TimeValue time, const FrameTarget& target) {
   constexpr Fixed kGammaOfSrgb = 0x23333;  // 2.2
-  std::vector<quillmere::movies::VisibleSample> samples;
-  const OSStatus status =
-      quillmere::movies::VisibleSamplesAt(movie, GetMovieTime(movie, nullptr), &samples);
+  std::vector<VisibleSample> samples;
+  const OSStatus status = VisibleSamplesAt(movie, time, &samples);
   if (status != noErr) return status;
   Rect box;
   GetMovieBox(movie, &box);
@@ -114,24 +115,22 @@ OSStatus DrawIntoTarget(Movie movie, const quillmere::movies::FrameTarget& targe
   const auto top = static_cast<UInt32>(part.top - target.bounds.top);
   const auto width = static_cast<UInt32>(part.right - part.left);
   const auto height = static_cast<UInt32>(part.bottom - part.top);
-  const auto compose = [&](quillmere::imaging::PixelBlock frame) {
+  const auto compose = [&](imaging::PixelBlock frame) {
     frame.width = width;
     frame.height = height;
-    return quillmere::movies::ComposeSamples(samples, part.left, part.top, frame, nullptr);
+    return ComposeSamples(samples, part.left, part.top, frame, nullptr);
   };
   if (!target.is_2vuy) {
-    quillmere::imaging::PixelBlock frame = target.pixels;
+    imaging::PixelBlock frame = target.pixels;
     frame.pixels = frame.Row(top) + std::size_t{4} * left;
     return compose(frame);
   }
-  quillmere::imaging::DecodedImage image;
-  const OSStatus allocated = quillmere::imaging::AllocateImage(width, height, &image);
+  imaging::DecodedImage image;
+  const OSStatus allocated = imaging::AllocateImage(width, height, &image);
   const OSStatus composed = allocated != noErr ? allocated : compose(image.block);
-  if (composed == noErr) quillmere::imaging::ArgbTo2vuy(image.block, left, top, target.pixels);
+  if (composed == noErr) imaging::ArgbTo2vuy(image.block, left, top, target.pixels);
   return composed;
 }
-
-}  // namespace
 
 OSStatus QTPixelBufferContextCreate(CFAllocatorRef, CFDictionaryRef attributes,
                                     QTVisualContextRef* context) {
@@ -195,18 +194,25 @@ OSStatus SetMovieVisualContext(Movie movie, QTVisualContextRef context) {
 }
 
 void MoviesTask(Movie movie, SInt32) {
-  if (!movie || !movie->active || movie->frame_delivered) return;
-  if (!movie->visual_context && !movie->target) return;
+  if (!movie || !movie->active) return;
+  quillmere::movies::CatchUp(movie);
+  if (movie->frame_delivered || (!movie->visual_context && !movie->port)) return;
   // Set before the callbacks, which may serve the movie again.
   movie->frame_delivered = true;
   if (movie->visual_context) {
     QTVisualContext& context = *movie->visual_context;
     context.status = RenderFrame(movie, context, context.image.out());
-    quillmere::movies::NoteStatus(context.status);
+    movie->drawing_status = quillmere::movies::NoteStatus(context.status);
     const CVTimeStamp time = {movie->time, GetMovieTimeScale(movie)};
     if (context.callback) context.callback(&context, &time, context.user_data);
   } else {
-    quillmere::movies::NoteStatus(DrawIntoTarget(movie, *movie->target));
+    movie->drawing_status = quillmere::movies::NoteStatus(quillmere::movies::DrawFrame(
+        movie, GetMovieTime(movie, nullptr), movie->target_of(movie->port)));
   }
   if (movie->drawing_complete) movie->drawing_complete(movie, movie->drawing_constant);
+}
+
+OSErr GetMovieStatus(Movie movie, Track* problem) {
+  if (problem) *problem = nullptr;
+  return movie ? static_cast<OSErr>(movie->drawing_status) : static_cast<OSErr>(invalidMovie);
 }

@@ -48,3 +48,6 @@ OSStatus SetMovieVisualContext(Movie movie, QTVisualContextRef context);
 /// why; the status is in GetMoviesError as well. `milliseconds` is a limit on the work, 0 for none;
 /// one frame is not split. An image carries the attachments that pixel_buffers.h tells of.
 void MoviesTask(Movie movie, SInt32 milliseconds);
+/// The status of the movie's last frame, or of the world that was set for it since; `problem` (may
+/// be null) takes null, since the track isn't told.
+OSErr GetMovieStatus(Movie movie, Track* problem);

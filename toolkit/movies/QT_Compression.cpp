@@ -32,20 +32,10 @@ SInt32 GetSide(CompressorComponent compressor, OSType property, bool isHeight, S
   return isAbsent ? SInt32{noErr} : status;
 }
 
-/// The big-endian word at byte 8 of settings; 0 where they are shorter.
-OSType SubtypeOf(Handle settings) {
-  constexpr Size kEnd = 12;
-  if (settings == nullptr || GetHandleSize(settings) < kEnd) return 0;
-  OSType code = 0;
-  for (int i = 8; i < kEnd; ++i)
-    code = code << 8 | static_cast<UInt8>((*settings)[i]);
-  return code;
-}
-
 /// Sizes that compressors are known to tell wrongly.
 void CorrectSize(OSType codecType, Handle settings, Point* size) {
   if (codecType == "icod"_4cc) {
-    const OSType subtype = SubtypeOf(settings);
+    const OSType subtype = IntermediateSubtypeOf(settings);
     if (subtype == "720p"_4cc) *size = {720, 1280};
     if (subtype == "108p"_4cc || subtype == "108i"_4cc) *size = {1080, 1440};
   } else if (QT_IsDVCProHD_CodecType(codecType)) {

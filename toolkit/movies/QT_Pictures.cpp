@@ -1,5 +1,10 @@
 #include "QT_Pictures.h"
 
+#include "ORW_Icons.h"
+#include "QT_Movie_Info.h"
+#include "QT_Movie_Storage.h"
+#include "movie_drawing.h"
+
 #include "ORW_CV_lib.h"
 
 SInt32 QT_DrawFirstFrame(Movie movie, UInt32 pixelFormat, CGColorSpaceRef colorSpace,
@@ -32,4 +37,16 @@ SInt32 QT_DrawFirstFrame(Movie movie, UInt32 pixelFormat, CGColorSpaceRef colorS
   MoviesTask(movie, 0);
   if (!wasActive) SetMovieActive(movie, false);
   return noErr;
+}
+
+SInt32 QT_MovieFileToIcon(const FSRef* file, IconRef* icon) {
+  *icon = nullptr;
+  Movie movie = nullptr;
+  SInt32 status = QT_OpenMovieFile(file, 0, &movie);
+  if (status) return status;
+  PicHandle poster = GetMoviePosterPict(movie);
+  if (poster != nullptr) status = IC_PicToIcon(poster, icon);
+  KillPicture(poster);
+  QT_DisposeMovie(&movie);
+  return status;
 }

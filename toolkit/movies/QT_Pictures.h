@@ -2,6 +2,8 @@
 #pragma once
 
 #include "base_types.h"
+#include "file_references.h"
+#include "icons.h"
 #include "images.h"
 #include "movie_toolbox.h"
 #include "visual_context.h"
@@ -14,3 +16,7 @@
 SInt32 QT_DrawFirstFrame(Movie movie, UInt32 pixelFormat, CGColorSpaceRef colorSpace,
                          QTVisualContextImageAvailableCallback imageAvailableCallback,
                          void* userData);
+
+/// The poster of a movie file as a new icon, which the caller releases; null, with status 0, for a
+/// movie that shows nothing at its poster time.
+SInt32 QT_MovieFileToIcon(const FSRef* file, IconRef* icon);

@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "big_endian.h"
 #include "image_compression.h"
 
 namespace quillmere {
@@ -14,6 +15,14 @@ using OpenCompressor = std::unique_ptr<ImageCompressor, CloseCompressor>;
 
 inline bool HasBytes(Handle settings) {
   return settings != nullptr && GetHandleSize(settings) > 0;
+}
+
+/// The format that settings of `icod` name: the big-endian word at byte 8; 0 where they are
+/// shorter.
+inline OSType IntermediateSubtypeOf(Handle settings) {
+  constexpr Size kPlace = 8;
+  if (settings == nullptr || GetHandleSize(settings) < kPlace + 4) return 0;
+  return ReadU32(reinterpret_cast<const UInt8*>(*settings) + kPlace);
 }
 
 /// Opens the compressor of a type and gives it settings, if there are any.

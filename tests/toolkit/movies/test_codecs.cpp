@@ -8,6 +8,7 @@
 #include "QT_Codec_Rates.h"
 #include "QT_Codec_Tables.h"
 #include "QT_Components.h"
+#include "QT_Pixel_Formats.h"
 
 namespace {
 
@@ -134,6 +135,29 @@ TEST(Components, AreFoundByTypeAndName) {
   EXPECT_FALSE(present);
   EXPECT_EQ(noErr, QT_IsCodecPresent(0, "PNG", &present));
   EXPECT_TRUE(present);
+}
+
+TEST(PixelFormats, AreThoseOfTheComponents) {
+  Boolean is = 0;
+  for (const OSType type : {"png "_4cc, "rle "_4cc}) {
+    EXPECT_EQ(noErr, QT_IsRGB_Codec(type, &is));
+    EXPECT_TRUE(is);
+  }
+  EXPECT_EQ(noErr, QT_IsRGB_Codec("dvc "_4cc, &is));
+  EXPECT_FALSE(is);
+  EXPECT_EQ(-8961, QT_IsRGB_Codec("none"_4cc, &is));
+  OSType format = 7;
+  EXPECT_EQ(noErr, QT_GetCodecFavoritePixelFormat("dvcp"_4cc, &format, 1));
+  EXPECT_EQ("2vuy"_4cc, format);
+  EXPECT_EQ(-8961, QT_GetCodecFavoritePixelFormat("dvcp"_4cc, &format, 0)) << "no decompressor";
+  EXPECT_EQ(noErr, QT_CodecSuppPixelFormat("jpeg"_4cc, "2vuy"_4cc, &is, 0));
+  EXPECT_TRUE(is);
+  EXPECT_EQ(noErr, QT_PixelTypeSupports_y420("jpeg"_4cc, &is));
+  EXPECT_FALSE(is);
+  const Component sound = QT_GetComponentOfType("mhlr"_4cc, "soun"_4cc, 0);
+  Handle list = nullptr;
+  EXPECT_EQ(-8961, QT_GetCPixList("jpeg"_4cc, sound, &list, 0)) << "not a codec of the type";
+  EXPECT_EQ(-192, GetComponentPublicResource(sound, "cpix"_4cc, 1, &list));
 }
 
 }  // namespace

@@ -1,0 +1,207 @@
+#include "dv_encoder.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "libav_private.h"
+
+namespace quillmere::codecs {
+
+namespace {
+
+constexpr Ratio kNtscRate = {30000, 1001};
+constexpr Ratio kPalRate = {25, 1};
+// ITU-R BT.601 sampling: 710.85 by 486 and 702.9 by 576 samples are pictures of 4:3 or 16:9.
+constexpr Ratio kNtscPixel = {10, 11};
+constexpr Ratio kNtscWidePixel = {40, 33};
+constexpr Ratio kPalPixel = {59, 54};
+constexpr Ratio kPalWidePixel = {118, 81};
+constexpr Ratio kHdPixel = {4, 3};
+constexpr Ratio kPalClean = {41472, 59};
+
+constexpr DvFormat kFormats[] = {
+    {"dvc "_4cc,
+     "DV/DVCPRO - NTSC",
+     720,
+     480,
+     120000,
+     kNtscRate,
+     kNtscPixel,
+     kNtscWidePixel,
+     {704, 1},
+     {480, 1},
+     false,
+     false},
+    {"dvcp"_4cc,
+     "DV - PAL",
+     720,
+     576,
+     144000,
+     kPalRate,
+     kPalPixel,
+     kPalWidePixel,
+     kPalClean,
+     {576, 1},
+     false,
+     false},
+    {"dvpp"_4cc,
+     "DVCPRO - PAL",
+     720,
+     576,
+     144000,
+     kPalRate,
+     kPalPixel,
+     kPalWidePixel,
+     kPalClean,
+     {576, 1},
+     false,
+     false},
+    {"dv5n"_4cc,
+     "DVCPRO50 - NTSC",
+     720,
+     480,
+     240000,
+     kNtscRate,
+     kNtscPixel,
+     kNtscWidePixel,
+     {704, 1},
+     {480, 1},
+     false,
+     false},
+    {"dv5p"_4cc,
+     "DVCPRO50 - PAL",
+     720,
+     576,
+     288000,
+     kPalRate,
+     kPalPixel,
+     kPalWidePixel,
+     kPalClean,
+     {576, 1},
+     false,
+     false},
+    {"dvh6"_4cc,
+     "DVCPRO HD 1080i60",
+     1280,
+     1080,
+     480000,
+     kNtscRate,
+     {3, 2},
+     {3, 2},
+     {3776, 3},
+     {1062, 1},
+     false,
+     true},
+    {"dvh5"_4cc,
+     "DVCPRO HD 1080i50",
+     1440,
+     1080,
+     576000,
+     kPalRate,
+     kHdPixel,
+     kHdPixel,
+     {1416, 1},
+     {1062, 1},
+     false,
+     true},
+    {"dvhp"_4cc,
+     "DVCPRO HD 720p60",
+     960,
+     720,
+     240000,
+     {60000, 1001},
+     kHdPixel,
+     kHdPixel,
+     {936, 1},
+     {702, 1},
+     true,
+     false},
+    {"dvhq"_4cc,
+     "DVCPRO HD 720p50",
+     960,
+     720,
+     288000,
+     {50, 1},
+     kHdPixel,
+     kHdPixel,
+     {936, 1},
+     {702, 1},
+     true,
+     false},
+};
+
+/// Chroma as the format samples it.
+AVPixelFormat PixelFormatOf(const DvFormat& format) {
+  if (format.type == "dvc "_4cc || format.type == "dvpp"_4cc) return AV_PIX_FMT_YUV411P;
+  return format.type == "dvcp"_4cc ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_YUV422P;
+}
+
+AVRational RationalOf(const Ratio& ratio) {
+  return {static_cast<int>(ratio.numerator), static_cast<int>(ratio.denominator)};
+}
+
+OwnedContext OpenEncoder(const LibAv& av, const DvFormat& format, bool is_wide) {
+  const AVCodec* const codec = av.avcodec_find_encoder(AV_CODEC_ID_DVVIDEO);
+  OwnedContext context(codec != nullptr ? av.avcodec_alloc_context3(codec) : nullptr);
+  if (!context) return nullptr;
+  context->width = format.width;
+  context->height = format.height;
+  context->pix_fmt = PixelFormatOf(format);
+  context->framerate = RationalOf(format.rate);
+  context->time_base = {context->framerate.den, context->framerate.num};
+  context->sample_aspect_ratio = RationalOf(is_wide ? format.wide_pixel : format.pixel);
+  context->thread_count = 1;
+  if (av.avcodec_open2(context.get(), codec, nullptr) != 0) return nullptr;
+  return context;
+}
+
+/// The picture as a frame that the encoder takes; null without memory.
+OwnedFrame FrameOf(const LibAv& av, const DvFormat& format, const imaging::PixelBlock& picture) {
+  OwnedFrame frame(av.av_frame_alloc());
+  if (!frame) return nullptr;
+  frame->width = format.width;
+  frame->height = format.height;
+  frame->format = PixelFormatOf(format);
+  frame->top_field_first = format.is_top_first ? 1 : 0;
+  frame->interlaced_frame = format.is_progressive ? 0 : 1;
+  if (av.av_frame_get_buffer(frame.get(), 0) != 0) return nullptr;
+  const OwnedScaler scaler(av.sws_getContext(
+      static_cast<int>(picture.width), static_cast<int>(picture.height), AV_PIX_FMT_ARGB,
+      format.width, format.height, PixelFormatOf(format), SWS_BICUBIC, nullptr, nullptr, nullptr));
+  if (!scaler) return nullptr;
+  const UInt8* const lines[] = {picture.Row(0), nullptr, nullptr, nullptr};
+  const int strides[] = {static_cast<int>(picture.row_bytes), 0, 0, 0};
+  const int done = av.sws_scale(scaler.get(), lines, strides, 0, static_cast<int>(picture.height),
+                                frame->data, frame->linesize);
+  return done == format.height ? std::move(frame) : nullptr;
+}
+
+}  // namespace
+
+std::span<const DvFormat> DvFormats() {
+  return kFormats;
+}
+
+const DvFormat* DvFormatOf(OSType type) {
+  const auto* found = std::ranges::find(kFormats, type, &DvFormat::type);
+  return found != std::end(kFormats) ? found : nullptr;
+}
+
+OSStatus EncodeDv(const DvFormat& format, bool is_wide, const imaging::PixelBlock& picture,
+                  std::vector<UInt8>* bytes) {
+  const LibAv* const av = LoadLibAv();
+  if (av == nullptr) return kEncoderMissing;
+  const OwnedContext context = OpenEncoder(*av, format, is_wide);
+  if (!context) return kEncoderMissing;
+  const OwnedFrame frame = FrameOf(*av, format, picture);
+  const OwnedPacket packet(av->av_packet_alloc());
+  if (!frame || !packet) return memFullErr;
+  if (av->avcodec_send_frame(context.get(), frame.get()) != 0 ||
+      av->avcodec_receive_packet(context.get(), packet.get()) != 0)
+    return kEncodingFailed;
+  if (packet->size != static_cast<int>(format.frame_bytes)) return kEncodingFailed;
+  bytes->assign(packet->data, packet->data + packet->size);
+  return noErr;
+}
+
+}  // namespace quillmere::codecs
