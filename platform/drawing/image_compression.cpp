@@ -3,20 +3,18 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <iterator>
 #include <limits>
-#include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "big_endian.h"
-#include "dv_encoder.h"
 #include "image_descriptions.h"
-#include "image_encoder.h"
+#include "picture_encoder_private.h"
 #include "rectangles.h"
 #include "video_pixels.h"
 
-using Settings = std::vector<char>;
+using quillmere::drawing::Settings;
 
 struct ImageCompressor {
   OSType type;
@@ -32,101 +30,12 @@ struct CompressionSequence {
 
 namespace {
 
+using namespace quillmere::drawing;
 using quillmere::codecs::DvFormat;
 using quillmere::codecs::DvFormatOf;
-using quillmere::drawing::ChoicesOf;
 using quillmere::imaging::PixelBlock;
 
 constexpr OSErr kNoComponent = -3000;
-
-struct Codec {
-  OSType type;
-  std::string_view name;
-  UInt64 (*largest)(UInt32 width, UInt32 height);
-  OSStatus (*encode)(const PixelBlock& picture, CodecQ quality, std::vector<UInt8>* bytes);
-};
-
-/// The settings of DV.
-constexpr std::size_t kDvProgressive = 0;
-constexpr std::size_t kDvWide = 1;
-constexpr std::size_t kDvSettings = 2;
-
-bool IsSet(const Settings& settings, std::size_t at) {
-  return at < settings.size() && settings[at] != 0;
-}
-
-UInt64 LargestRaw(UInt32 width, UInt32 height) {
-  return UInt64{4} * width * height;
-}
-
-OSStatus EncodeRaw(const PixelBlock& picture, CodecQ /*quality*/, std::vector<UInt8>* bytes) {
-  bytes->clear();
-  for (UInt32 y = 0; y < picture.height; ++y)
-    bytes->insert(bytes->end(), picture.Row(y), picture.Row(y) + std::size_t{4} * picture.width);
-  return noErr;
-}
-
-OSStatus EncodePng(const PixelBlock& picture, CodecQ /*quality*/, std::vector<UInt8>* bytes) {
-  return quillmere::imaging::EncodePng(picture, bytes);
-}
-
-OSStatus EncodeJpeg(const PixelBlock& picture, CodecQ quality, std::vector<UInt8>* bytes) {
-  const UInt32 percent = std::min(quality, codecMaxQuality) * 100 / codecMaxQuality;
-  return quillmere::imaging::EncodeJpeg(picture, static_cast<int>(percent), bytes);
-}
-
-constexpr Codec kCodecs[] = {
-    {"raw "_4cc, "None", LargestRaw, EncodeRaw},
-    {"png "_4cc, "PNG", quillmere::imaging::LargestPng, EncodePng},
-    {"jpeg"_4cc, "Photo - JPEG", quillmere::imaging::LargestJpeg, EncodeJpeg},
-};
-
-/// What compresses pictures of a type: one of the codecs above, or DV.
-class Encoder {
- public:
-  explicit Encoder(OSType type) : dv_(DvFormatOf(type)) {
-    const auto* found = std::ranges::find(kCodecs, type, &Codec::type);
-    codec_ = found != std::end(kCodecs) ? found : nullptr;
-  }
-  explicit operator bool() const { return dv_ != nullptr || codec_ != nullptr; }
-  OSType type() const { return dv_ != nullptr ? dv_->type : codec_->type; }
-  std::string_view name() const { return dv_ != nullptr ? dv_->name : codec_->name; }
-  const DvFormat* dv() const { return dv_; }
-  UInt64 Largest(const PixelBlock& picture) const {
-    return dv_ != nullptr ? dv_->frame_bytes : codec_->largest(picture.width, picture.height);
-  }
-  OSStatus Encode(const PixelBlock& picture, const Settings& settings, CodecQ quality,
-                  std::vector<UInt8>* bytes) const {
-    if (dv_ == nullptr) return codec_->encode(picture, quality, bytes);
-    return quillmere::codecs::EncodeDv(*dv_, IsSet(settings, kDvWide), picture, bytes);
-  }
-
- private:
-  const Codec* codec_;
-  const DvFormat* dv_;
-};
-
-/// What a format enforces, as the extensions hold it.
-std::vector<UInt32> EnforcedClap(const DvFormat& format) {
-  return {format.clean_width.numerator,
-          format.clean_width.denominator,
-          format.clean_height.numerator,
-          format.clean_height.denominator,
-          0,
-          1,
-          0,
-          1};
-}
-std::vector<UInt32> EnforcedPasp(const DvFormat& format, const Settings& settings) {
-  const auto& pixel = IsSet(settings, kDvWide) ? format.wide_pixel : format.pixel;
-  return {pixel.numerator, pixel.denominator};
-}
-std::array<UInt8, 2> EnforcedFiel(const DvFormat& format, const Settings& settings) {
-  constexpr UInt8 kTopFirst = 9;
-  constexpr UInt8 kBottomFirst = 14;
-  if (format.is_progressive || IsSet(settings, kDvProgressive)) return {1, 0};
-  return {2, format.is_top_first ? kTopFirst : kBottomFirst};
-}
 
 /// The part of a world that a rectangle covers, in 32 bits.
 class Picture {
@@ -176,7 +85,7 @@ OSErr AddExtension(Handle description, OSType type, const void* bytes, std::size
   return status;
 }
 
-OSErr AddWords(Handle description, OSType type, const std::vector<UInt32>& words) {
+OSErr AddWords(Handle description, OSType type, std::span<const UInt32> words) {
   std::vector<UInt8> bytes(4 * words.size());
   for (std::size_t i = 0; i < words.size(); ++i)
     quillmere::WriteU32(bytes.data() + 4 * i, words[i]);
@@ -247,8 +156,8 @@ OSErr CompressTo(const Encoder& encoder, const Picture& picture, const Settings&
   return noErr;
 }
 
-constexpr quillmere::drawing::CodecChoice kDvChoices[kDvSettings] = {
-    {"Scan mode", {"Interlaced", "Progressive"}}, {"Aspect ratio", {"4:3", "16:9"}}};
+constexpr CodecChoice kDvChoices[kDvSettings] = {{"Scan mode", {"Interlaced", "Progressive"}},
+                                                 {"Aspect ratio", {"4:3", "16:9"}}};
 
 }  // namespace
 

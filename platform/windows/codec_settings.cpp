@@ -82,7 +82,8 @@ OSErr ImageCodecRequestSettings(CompressorComponent compressor) {
   const std::span<const CodecChoice> choices = quillmere::drawing::ChoicesOf(compressor);
   if (choices.empty()) return codecUnimpErr;
   Handle settings = NewHandle(0);
-  OSErr status = settings != nullptr ? ImageCodecGetSettings(compressor, settings) : MemError();
+  if (settings == nullptr) return MemError();
+  OSErr status = ImageCodecGetSettings(compressor, settings);
   if (!status) {
     const std::vector<int> chosen = Ask(compressor, choices, settings);
     for (std::size_t i = 0; i < chosen.size(); ++i)
