@@ -25,16 +25,23 @@ bool Fill(LibAv* av) {
   void* const util = Load("libavutil", LIBAVUTIL_VERSION_MAJOR);
   void* const scale = Load("libswscale", LIBSWSCALE_VERSION_MAJOR);
   return Find(codec, "avcodec_find_encoder", &av->avcodec_find_encoder) &&
+         Find(codec, "avcodec_find_decoder", &av->avcodec_find_decoder) &&
          Find(codec, "avcodec_alloc_context3", &av->avcodec_alloc_context3) &&
          Find(codec, "avcodec_free_context", &av->avcodec_free_context) &&
          Find(codec, "avcodec_open2", &av->avcodec_open2) &&
          Find(codec, "avcodec_send_frame", &av->avcodec_send_frame) &&
          Find(codec, "avcodec_receive_packet", &av->avcodec_receive_packet) &&
+         Find(codec, "avcodec_send_packet", &av->avcodec_send_packet) &&
+         Find(codec, "avcodec_receive_frame", &av->avcodec_receive_frame) &&
          Find(codec, "av_packet_alloc", &av->av_packet_alloc) &&
          Find(codec, "av_packet_free", &av->av_packet_free) &&
          Find(util, "av_frame_alloc", &av->av_frame_alloc) &&
          Find(util, "av_frame_free", &av->av_frame_free) &&
          Find(util, "av_frame_get_buffer", &av->av_frame_get_buffer) &&
+         Find(util, "av_mallocz", &av->av_mallocz) &&
+         Find(util, "av_log_set_level", &av->av_log_set_level) &&
+         Find(scale, "sws_getCoefficients", &av->sws_getCoefficients) &&
+         Find(scale, "sws_setColorspaceDetails", &av->sws_setColorspaceDetails) &&
          Find(scale, "sws_getContext", &av->sws_getContext) &&
          Find(scale, "sws_scale", &av->sws_scale) &&
          Find(scale, "sws_freeContext", &av->sws_freeContext);
@@ -44,7 +51,11 @@ bool Fill(LibAv* av) {
 
 const LibAv* LoadLibAv() {
   static LibAv av{};
-  static const bool is_loaded = Fill(&av);
+  static const bool is_loaded = [] {
+    if (!Fill(&av)) return false;
+    av.av_log_set_level(AV_LOG_QUIET);
+    return true;
+  }();
   return is_loaded ? &av : nullptr;
 }
 

@@ -1,8 +1,8 @@
 /// Movies drawn into worlds.
 ///
 /// A movie without a visual context draws the part of its box that lies in its world, when
-/// MoviesTask serves it and it is active: opaque, in the port's coordinates. PNG and JPEG samples
-/// are drawn, as compositor.h tells.
+/// MoviesTask serves it and it is active: opaque, in the port's coordinates. Which samples
+/// are drawn compositor.h tells.
 #pragma once
 
 #include "graphics_ports.h"

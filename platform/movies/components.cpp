@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "dv_encoder.h"
+#include "video_decoder.h"
 
 struct ComponentRecord {
   OSType type;
@@ -50,6 +51,10 @@ std::vector<ComponentRecord> MakeComponents() {
   for (const quillmere::codecs::DvFormat& format : quillmere::codecs::DvFormats())
     components.push_back(
         {kCompressorType, format.type, kOurs, cmpThreadSafe, format.name, kVideoFirst});
+  for (const quillmere::codecs::DecodableType& type : quillmere::codecs::DecodableTypes())
+    components.push_back(
+        {kDecompressorType, type.type, kOurs, cmpThreadSafe, type.name,
+         type.type == "raw "_4cc || type.type == "rle "_4cc ? kArgbFirst : kVideoFirst});
   return components;
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "decoded_images.h"
+#include "decoded_video.h"
 #include "fixed_point.h"
 #include "placement.h"
 
@@ -96,15 +97,25 @@ class Composition {
   OSStatus Draw(const std::vector<VisibleSample>& samples) {
     if (samples.empty()) imaging::FillBlack(frame_);
     for (std::size_t i = 0; i < samples.size(); ++i) {
-      if (samples[i].format != "jpeg"_4cc && samples[i].format != "png "_4cc) return noCodecErr;
-      const OSStatus status = samples[i].format == "jpeg"_4cc ? DrawJpeg(samples[i], i == 0)
-                                                              : DrawPng(samples[i], i == 0);
+      const OSStatus status = DrawSample(samples[i], i == 0);
       if (status != noErr) return status;
     }
     return noErr;
   }
 
  private:
+  OSStatus DrawSample(const VisibleSample& sample, bool is_back) {
+    if (sample.format == "jpeg"_4cc) return DrawJpeg(sample, is_back);
+    return sample.format == "png "_4cc ? DrawPng(sample, is_back) : DrawVideo(sample, is_back);
+  }
+
+  OSStatus DrawVideo(const VisibleSample& sample, bool is_back) {
+    imaging::DecodedImage image;
+    const OSStatus status = DecodeVideo(sample, &image);
+    if (status == noErr) Place(sample, image, is_back);
+    return status;
+  }
+
   /// A JPEG at the very back that covers the frame pixel by pixel is decoded into it without a
   /// detour.
   OSStatus DrawJpeg(const VisibleSample& sample, bool is_back) {

@@ -8,7 +8,8 @@
 /// places it; its perspective part is not used. Where the matrix neither turns nor mirrors, a
 /// JPEG's own orientation tag stands it upright.
 ///
-/// PNG and JPEG samples are drawn. Other formats need a decoder for movies and give noCodecErr.
+/// PNG and JPEG samples are drawn, and, where FFmpeg's libraries are installed, those of many other
+/// formats (codecs::DecodableTypes); noCodecErr for the rest.
 #pragma once
 
 #include <string>

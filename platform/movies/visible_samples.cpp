@@ -36,7 +36,7 @@ std::optional<SInt64> MediaTimeAt(const TrackRecord& track, SInt64 time) {
 }
 
 /// The sample that is on the screen at a media time: the one that was shown last.
-bool SampleShownAt(const SampleTable& table, SInt64 time, SampleInfo* shown) {
+bool SampleShownAt(const SampleTable& table, SInt64 time, SampleInfo* shown, UInt64* number) {
   if (table.sample_count() == 0) return false;
   const UInt64 around =
       table.SampleAtTime(std::clamp<SInt64>(time, 0, std::max<SInt64>(table.duration() - 1, 0)))
@@ -51,10 +51,13 @@ bool SampleShownAt(const SampleTable& table, SInt64 time, SampleInfo* shown) {
     const SInt64 start = sample.decode_time + sample.composition_offset;
     if (start > time || (found && start <= shown_since)) continue;
     *shown = sample;
+    *number = i;
     shown_since = start;
     found = true;
   }
-  return found || table.SampleAt(first, shown);
+  if (found) return true;
+  *number = first;
+  return table.SampleAt(first, shown);
 }
 
 OSStatus DescribeSample(const TrackRecord& track, const SampleInfo& sample,
@@ -68,6 +71,7 @@ OSStatus DescribeSample(const TrackRecord& track, const SampleInfo& sample,
       *track.media, DataReferenceOfDescription(entry).value_or(0), &visible->source);
   if (status != noErr) return status;
   visible->format = entry.type();
+  visible->media = track.media.get();
   visible->offset = sample.offset;
   visible->size = sample.size;
   if (!EncodedSizeOf(entry, &visible->encoded_width, &visible->encoded_height)) {
@@ -105,8 +109,8 @@ OSStatus VisibleSamplesAt(Movie movie, TimeValue time, std::vector<VisibleSample
     OSStatus status = SampleTableOf(track->media.get(), &table);
     SampleInfo sample = {};
     if (status != noErr) return status;
-    if (!SampleShownAt(*table, *media_time, &sample)) continue;
     VisibleSample visible = {};
+    if (!SampleShownAt(*table, *media_time, &sample, &visible.number)) continue;
     status = DescribeSample(*track, sample, &visible);
     if (status != noErr) return status;
     samples->push_back(std::move(visible));

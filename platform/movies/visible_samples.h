@@ -13,6 +13,8 @@ namespace quillmere::movies {
 /// One sample that is visible, with what the compositor needs to place it.
 struct VisibleSample {
   OSType format;                       ///< codec type of its description
+  MediaRecord* media;                  ///< whose sample it is
+  UInt64 number;                       ///< among those of the media, from 0
   std::shared_ptr<DataSource> source;  ///< the open file that holds it
   UInt64 offset;                       ///< in bytes
   UInt64 size;                         ///< in bytes

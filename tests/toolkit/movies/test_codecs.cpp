@@ -149,7 +149,7 @@ TEST(PixelFormats, AreThoseOfTheComponents) {
   OSType format = 7;
   EXPECT_EQ(noErr, QT_GetCodecFavoritePixelFormat("dvcp"_4cc, &format, 1));
   EXPECT_EQ("2vuy"_4cc, format);
-  EXPECT_EQ(-8961, QT_GetCodecFavoritePixelFormat("dvcp"_4cc, &format, 0)) << "no decompressor";
+  EXPECT_EQ(-8961, QT_GetCodecFavoritePixelFormat("avc1"_4cc, &format, 1)) << "no compressor";
   EXPECT_EQ(noErr, QT_CodecSuppPixelFormat("jpeg"_4cc, "2vuy"_4cc, &is, 0));
   EXPECT_TRUE(is);
   EXPECT_EQ(noErr, QT_PixelTypeSupports_y420("jpeg"_4cc, &is));

@@ -315,7 +315,7 @@ TEST_F(MadeMovie, DrawnImagesAreCompressedIntoSamples) {
   EXPECT_EQ(noErr, QT_GetMaxCompressionSizeFromMovie2(movie_, 1, 30, 10, "2vuy"_4cc, nullptr, 512,
                                                       "jpeg"_4cc, 1, &size, &mean, &deviation));
   EXPECT_TRUE(mean > 50 && mean < size);
-  AddVideo("raw "_4cc, {400});
+  AddVideo("none"_4cc, {400});
   EXPECT_EQ(-8961, QT_GetMovieGamma2(movie_, nullptr, &gamma)) << "no decoder";
   EXPECT_EQ(400, QT_MovieFrameNumberToTime(movie_, 2));
   EXPECT_EQ(200, QT_MovieFrameNumberToTime(movie_, 1));
