@@ -1,9 +1,10 @@
 // Image descriptions from any bytes: their extensions and properties are read, changed and read
-// again.
+// again; and the decoder's part of an esds.
 #include <cstddef>
 #include <cstdlib>
 
 #include "QT_Ide_Descriptions.h"
+#include "decoder_setup.h"
 #include "memory_handles.h"
 #include "reference_counted.h"
 
@@ -41,6 +42,9 @@ extern "C" int LLVMFuzzerTestOneInput(const UInt8* bytes, std::size_t size) {
   Handle copy = nullptr;
   if (PtrToHand(bytes, &description, static_cast<Size>(size)) != noErr) return 0;
   ReadAll(description);
+  const std::span<const UInt8> setup = quillmere::movies::DecoderSetupOf({bytes, size});
+  if (!setup.empty() && (setup.data() < bytes || setup.data() + setup.size() > bytes + size))
+    std::abort();
   const QT_Clap clap = {1, 2, 3, 4, 5, 6, 7, 8};
   const QT_Nclc nclc = {kQT_NclcType, 1, 1, 1};
   if (QT_SetClapInImageDesc(description, &clap) == noErr) {

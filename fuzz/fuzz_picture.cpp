@@ -1,6 +1,7 @@
-// Pictures from any bytes, played at another size, recorded and played again.
+// Pictures from any bytes, played at another size, recorded and played again; and icons.
 #include <cstddef>
 
+#include "icons.h"
 #include "pictures.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const UInt8* bytes, std::size_t size) {
@@ -15,6 +16,10 @@ extern "C" int LLVMFuzzerTestOneInput(const UInt8* bytes, std::size_t size) {
   ClosePicture();
   DrawPicture(picture, &kBounds);
   KillPicture(picture);
+  IconRef icon = nullptr;
+  if (GetIconRefFromIconFamilyPtr(bytes, static_cast<Size>(size), &icon) == noErr)
+    PlotIconRef(&kBounds, icon);
+  ReleaseIconRef(icon);
   DisposeGWorld(world);
   return 0;
 }
