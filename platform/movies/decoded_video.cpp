@@ -69,7 +69,7 @@ UInt64 StartOf(const SampleTable& table, UInt64 number, bool is_further) {
 
 OSStatus DecodeVideo(const VisibleSample& sample, imaging::DecodedImage* image) {
   const codecs::DecodableType* const type = codecs::DecodableTypeOf(sample.format);
-  if (type == nullptr) return codecs::kNoDecoder;
+  if (type == nullptr || sample.media == nullptr) return codecs::kNoDecoder;
   const SampleTable* table = nullptr;
   SampleInfo info = {};
   OSStatus status = SampleTableOf(sample.media, &table);

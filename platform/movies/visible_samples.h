@@ -13,7 +13,7 @@ namespace quillmere::movies {
 /// One sample that is visible, with what the compositor needs to place it.
 struct VisibleSample {
   OSType format;                       ///< codec type of its description
-  MediaRecord* media;                  ///< whose sample it is
+  MediaRecord* media;                  ///< whose sample it is, null for one that has none
   UInt64 number;                       ///< among those of the media, from 0
   std::shared_ptr<DataSource> source;  ///< the open file that holds it
   UInt64 offset;                       ///< in bytes
