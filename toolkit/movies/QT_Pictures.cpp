@@ -45,7 +45,7 @@ SInt32 QT_MovieFileToIcon(const FSRef* file, IconRef* icon) {
   SInt32 status = QT_OpenMovieFile(file, 0, &movie);
   if (status) return status;
   PicHandle poster = GetMoviePosterPict(movie);
-  if (poster != nullptr) status = IC_PicToIcon(poster, icon);
+  status = poster != nullptr ? IC_PicToIcon(poster, icon) : SInt32{GetMoviesError()};
   KillPicture(poster);
   QT_DisposeMovie(&movie);
   return status;

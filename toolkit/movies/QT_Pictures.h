@@ -18,5 +18,5 @@ SInt32 QT_DrawFirstFrame(Movie movie, UInt32 pixelFormat, CGColorSpaceRef colorS
                          void* userData);
 
 /// The poster of a movie file as a new icon, which the caller releases; null, with status 0, for a
-/// movie that shows nothing at its poster time.
+/// movie that shows nothing at its poster time. A poster that can't be drawn gives its status.
 SInt32 QT_MovieFileToIcon(const FSRef* file, IconRef* icon);

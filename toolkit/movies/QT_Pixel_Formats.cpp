@@ -95,7 +95,7 @@ SInt32 QT_IsRGB_Codec(OSType codecType, Boolean* isRgb) {
   *isRgb = QT_IsRGB_CodecType(codecType);
   if (*isRgb) return noErr;
   OSType format = 0;
-  const SInt32 status = QT_GetCodecFavoritePixelFormat(codecType, &format, 1);
+  const SInt32 status = QT_GetCodecFavoritePixelFormat(codecType, &format, 0);
   if (!status) *isRgb = QT_IsRGB_CodecType(format);
   return status;
 }

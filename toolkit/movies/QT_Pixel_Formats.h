@@ -18,7 +18,7 @@ SInt32 QT_CodecSuppPixelFormat(OSType codecType, OSType format, Boolean* support
 SInt32 QT_GetCodecFavoritePixelFormat(OSType codecType, OSType* format, Boolean compressor);
 /// Whether the decompressor gives `y420`.
 SInt32 QT_PixelTypeSupports_y420(OSType codecType, Boolean* supports);
-/// Whether a codec is one of RGB: by its type, or else by its compressor's favourite format.
+/// Whether a codec is one of RGB: by its type, or else by its decompressor's favourite format.
 SInt32 QT_IsRGB_Codec(OSType codecType, Boolean* isRgb);
 
 /// Whether a movie can be drawn into a format: always into bits of a pixel (below 41); else if its

@@ -143,8 +143,10 @@ TEST(PixelFormats, AreThoseOfTheComponents) {
     EXPECT_EQ(noErr, QT_IsRGB_Codec(type, &is));
     EXPECT_TRUE(is);
   }
-  EXPECT_EQ(noErr, QT_IsRGB_Codec("dvc "_4cc, &is));
-  EXPECT_FALSE(is);
+  for (const OSType type : {"dvc "_4cc, "avc1"_4cc}) {
+    EXPECT_EQ(noErr, QT_IsRGB_Codec(type, &is));
+    EXPECT_FALSE(is);
+  }
   EXPECT_EQ(-8961, QT_IsRGB_Codec("none"_4cc, &is));
   OSType format = 7;
   EXPECT_EQ(noErr, QT_GetCodecFavoritePixelFormat("dvcp"_4cc, &format, 1));
