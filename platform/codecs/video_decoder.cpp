@@ -143,45 +143,61 @@ OSStatus ConvertFrame(const LibAv& av, const AVFrame& frame, imaging::DecodedIma
   return noErr;
 }
 
-/// Decodes samples and looks for the picture of a time.
-class Search {
+class LibAvDecoder final : public VideoDecoder {
  public:
-  Search(const LibAv& av, AVCodecContext* context, SInt64 time)
+  LibAvDecoder(const LibAv& av, OwnedContext context)
       : av_(av),
-        context_(context),
-        time_(time),
+        context_(std::move(context)),
         frame_(av.av_frame_alloc()),
         packet_(av.av_packet_alloc()) {}
   bool HasMemory() const { return frame_ && packet_; }
+  bool CanGoOn() const override { return !is_at_end_; }
 
-  /// Gives the decoder a sample, or its end for null, and takes the pictures that come out.
-  OSStatus Step(std::vector<UInt8>* bytes, SInt64 time, imaging::DecodedImage* image) {
-    if (bytes != nullptr) {
-      const std::size_t size = bytes->size();
-      bytes->resize(size + AV_INPUT_BUFFER_PADDING_SIZE);
-      packet_->data = bytes->data();
-      packet_->size = static_cast<int>(size);
-      packet_->pts = packet_->dts = time;
+  OSStatus Decode(const NextSample& next, SInt64 time, imaging::DecodedImage* image) override {
+    Outcome outcome = Receive(time);
+    while (outcome == Outcome::kNotYet && !is_at_end_) {
+      Send(next);
+      outcome = Receive(time);
     }
-    const int sent = av_.avcodec_send_packet(context_, bytes != nullptr ? packet_.get() : nullptr);
-    if (sent < 0 && sent != AVERROR(EAGAIN) && sent != AVERROR_EOF) is_damaged_ = true;
-    while (!is_found_ && av_.avcodec_receive_frame(context_, frame_.get()) == 0) {
-      if (frame_->pts != time_) continue;
-      is_found_ = true;
-      return ConvertFrame(av_, *frame_, image);
-    }
-    return noErr;
+    if (outcome == Outcome::kFound) return ConvertFrame(av_, *frame_, image);
+    return is_damaged_ ? kVideoInvalidData : kNoSuchPicture;
   }
-  bool is_found() const { return is_found_; }
-  OSStatus Failure() const { return is_damaged_ ? kVideoInvalidData : kNoSuchPicture; }
 
  private:
+  enum class Outcome { kNotYet, kFound, kPassed };
+
+  /// Gives the decoder the next sample, or the end.
+  void Send(const NextSample& next) {
+    SInt64 time = 0;
+    is_at_end_ = !next(&bytes_, &time);
+    const std::size_t size = is_at_end_ ? 0 : bytes_.size();
+    if (size > static_cast<std::size_t>(std::numeric_limits<int>::max()) / 2) {
+      is_damaged_ = true;
+      return;
+    }
+    bytes_.resize(size + AV_INPUT_BUFFER_PADDING_SIZE);
+    packet_->data = bytes_.data();
+    packet_->size = static_cast<int>(size);
+    packet_->pts = packet_->dts = time;
+    const int sent = av_.avcodec_send_packet(context_.get(), is_at_end_ ? nullptr : packet_.get());
+    if (sent < 0) is_damaged_ = true;
+  }
+
+  /// Takes pictures, which come out by rising time, up to the one of a time.
+  Outcome Receive(SInt64 time) {
+    while (av_.avcodec_receive_frame(context_.get(), frame_.get()) == 0) {
+      if (frame_->pts == time) return Outcome::kFound;
+      if (frame_->pts > time) return Outcome::kPassed;
+    }
+    return Outcome::kNotYet;
+  }
+
   const LibAv& av_;
-  AVCodecContext* context_;
-  SInt64 time_;
+  OwnedContext context_;
   OwnedFrame frame_;
   OwnedPacket packet_;
-  bool is_found_ = false;
+  std::vector<UInt8> bytes_;
+  bool is_at_end_ = false;
   bool is_damaged_ = false;
 };
 
@@ -202,22 +218,17 @@ const DecodableType* DecodableTypeOf(OSType type) {
   return found != nullptr ? &found->shown : nullptr;
 }
 
-OSStatus DecodePicture(const VideoFormat& format, const NextSample& next, SInt64 time,
-                       imaging::DecodedImage* image) {
+OSStatus VideoDecoder::Open(const VideoFormat& format, std::unique_ptr<VideoDecoder>* decoder) {
+  decoder->reset();
   const Decoding* const decoding = DecodingOf(format.type);
   const LibAv* const av = decoding != nullptr ? LoadLibAv() : nullptr;
   if (av == nullptr) return kNoDecoder;
-  const OwnedContext context = OpenDecoder(*av, *decoding, format);
+  OwnedContext context = OpenDecoder(*av, *decoding, format);
   if (!context) return kNoDecoder;
-  Search search(*av, context.get(), time);
-  if (!search.HasMemory()) return memFullErr;
-  std::vector<UInt8> bytes;
-  SInt64 shown_at = 0;
-  OSStatus status = noErr;
-  while (!status && !search.is_found() && next(&bytes, &shown_at))
-    status = search.Step(&bytes, shown_at, image);
-  if (!status && !search.is_found()) status = search.Step(nullptr, 0, image);
-  return status || search.is_found() ? status : search.Failure();
+  auto opened = std::make_unique<LibAvDecoder>(*av, std::move(context));
+  if (!opened->HasMemory()) return memFullErr;
+  *decoder = std::move(opened);
+  return noErr;
 }
 
 }  // namespace quillmere::codecs

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -35,13 +36,26 @@ struct VideoFormat {
 /// end.
 using NextSample = std::function<bool(std::vector<UInt8>* bytes, SInt64* time)>;
 
-/// Decodes samples, the first of which needs no other, until the picture of a time comes out, as
-/// opaque ARGB. kNoDecoder for a type that isn't decoded and without FFmpeg's libraries,
-/// kNoSuchPicture when no picture of the time comes out, kVideoInvalidData, memFullErr.
 inline constexpr OSStatus kNoDecoder = -8961;
 inline constexpr OSStatus kNoSuchPicture = -8960;
 inline constexpr OSStatus kVideoInvalidData = -8969;
-OSStatus DecodePicture(const VideoFormat& format, const NextSample& next, SInt64 time,
-                       imaging::DecodedImage* image);
+
+/// Decodes samples of one description from one that needs no other on.
+class VideoDecoder {
+ public:
+  /// kNoDecoder, and null, for a type that isn't decoded and without FFmpeg's libraries.
+  static OSStatus Open(const VideoFormat& format, std::unique_ptr<VideoDecoder>* decoder);
+  virtual ~VideoDecoder() = default;
+
+  /// Decodes further samples until the picture of a time comes out, as opaque ARGB. Times rise from
+  /// call to call. kNoSuchPicture when one of a later time or none comes out, kVideoInvalidData
+  /// when there was damage as well, memFullErr.
+  virtual OSStatus Decode(const NextSample& next, SInt64 time, imaging::DecodedImage* image) = 0;
+  /// Whether it takes further samples: not after the samples have come to their end.
+  virtual bool CanGoOn() const = 0;
+
+ protected:
+  VideoDecoder() = default;
+};
 
 }  // namespace quillmere::codecs

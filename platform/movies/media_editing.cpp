@@ -139,6 +139,7 @@ OSStatus AddDescription(MediaRecord* media, Atom entry, UInt32* index) {
   const OSStatus status = SampleTableOf(media, &table);
   media->table.reset();
   media->walk.reset();
+  media->decoding.reset();
   return status;
 }
 

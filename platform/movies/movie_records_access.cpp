@@ -102,6 +102,7 @@ OSStatus SampleTableOf(MediaRecord* media, const SampleTable** table) {
     status = media->added.AppendTo(stbl, media->table->sample_count());
     media->walk.reset();
     media->display.reset();
+    media->decoding.reset();
     media->table.reset();
     if (status == noErr) status = ReadTable(media, stbl);
   }

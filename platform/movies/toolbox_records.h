@@ -14,6 +14,7 @@
 
 #include "atom.h"
 #include "data_source.h"
+#include "decoded_video.h"
 #include "display_order.h"
 #include "frame_target.h"
 #include "movie_file.h"
@@ -51,6 +52,8 @@ struct MediaRecord {
   std::unique_ptr<quillmere::movies::SampleTable> table;
   std::optional<quillmere::movies::SampleTable::RunWalk> walk;
   std::unique_ptr<quillmere::movies::DisplayOrder> display;
+  /// The decoder of its pictures, while the table stays.
+  std::shared_ptr<quillmere::movies::VideoDecoding> decoding;
   /// Where data is added, while BeginMediaEdits has been called more often than EndMediaEdits.
   std::shared_ptr<quillmere::movies::MediaDataWriter> writer;
   int edits = 0;

@@ -12,9 +12,6 @@ namespace quillmere::movies {
 
 namespace {
 
-/// Codecs that show frames out of decode order delay them by at most this many.
-constexpr UInt64 kReorderSpan = 32;
-
 /// The media time that a track plays at a movie time, in media units; nothing in a gap or outside.
 std::optional<SInt64> MediaTimeAt(const TrackRecord& track, SInt64 time) {
   std::vector<EditRecord> edits;

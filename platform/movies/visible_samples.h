@@ -10,6 +10,9 @@
 
 namespace quillmere::movies {
 
+/// Codecs that show frames out of decode order delay them by at most this many.
+inline constexpr UInt64 kReorderSpan = 32;
+
 /// One sample that is visible, with what the compositor needs to place it.
 struct VisibleSample {
   OSType format;                       ///< codec type of its description
