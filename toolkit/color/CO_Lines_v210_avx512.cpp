@@ -1,7 +1,7 @@
 // Lines of v210 by AVX-512 with VBMI, eight blocks at a time.
 
-#include "vector_intrinsics.h"
 #include "v210_private.h"
+#include "vector_intrinsics.h"
 
 #ifdef QUILLMERE_AVX512_VBMI
 
