@@ -230,7 +230,6 @@ Boolean TransformRect(const MatrixRecord* matrix, Rect* rect) {
 }
 
 SInt16 GetMatrixType(const MatrixRecord* matrix) {
-  constexpr Fixed kOne = 1 << 16;
   constexpr Fixed kFractOne = 1 << 30;
   const auto& m = matrix->matrix;
   if (m[0][2] != 0 || m[1][2] != 0 || m[2][2] != kFractOne) return perspectiveMatrixType;
