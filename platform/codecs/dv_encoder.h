@@ -15,20 +15,25 @@ struct Ratio {
   UInt32 denominator;
 };
 
-/// One of the formats.
-struct DvFormat {
-  const char* name;
-  OSType type;  ///< of its sample descriptions
-  UInt32 frame_bytes;
+/// What all formats of a picture size share.
+struct DvPicture {
+  UInt16 width;  ///< pixels
+  UInt16 height;
   Ratio rate;         ///< frames a second
   Ratio pixel;        ///< width over height of a pixel, in pictures of 4:3 or those of HD
   Ratio wide_pixel;   ///< the same in pictures of 16:9
   Ratio clean_width;  ///< pixels of the clean aperture
   Ratio clean_height;
-  UInt16 width;  ///< pixels
-  UInt16 height;
   bool is_progressive;  ///< always
   bool is_top_first;    ///< of two fields
+};
+
+/// One of the formats.
+struct DvFormat {
+  const char* name;
+  OSType type;  ///< of its sample descriptions
+  UInt32 frame_bytes;
+  const DvPicture* picture;
 };
 
 std::span<const DvFormat> DvFormats();

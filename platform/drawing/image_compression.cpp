@@ -109,8 +109,8 @@ OSErr Describe(const Encoder& encoder, const PixelBlock& picture, const Settings
   record.idSize = sizeof record;
   record.cType = encoder.type();
   record.spatialQuality = quality;
-  record.width = static_cast<SInt16>(dv != nullptr ? dv->width : picture.width);
-  record.height = static_cast<SInt16>(dv != nullptr ? dv->height : picture.height);
+  record.width = static_cast<SInt16>(dv != nullptr ? dv->picture->width : picture.width);
+  record.height = static_cast<SInt16>(dv != nullptr ? dv->picture->height : picture.height);
   record.hRes = record.vRes = k72Dpi;
   record.dataSize = static_cast<SInt32>(data_size);
   record.frameCount = 1;
@@ -208,9 +208,9 @@ OSStatus QTGetComponentProperty(CompressorComponent compressor, OSType property_
   if (property_class != kCompressorComponentType) return kQTPropertyNotSupportedErr;
   switch (property_id) {
     case "enwi"_4cc:
-      return give(std::array<SInt32, 1>{dv->width});
+      return give(std::array<SInt32, 1>{dv->picture->width});
     case "enhe"_4cc:
-      return give(std::array<SInt32, 1>{dv->height});
+      return give(std::array<SInt32, 1>{dv->picture->height});
     case "encl"_4cc:
       return give(EnforcedClap(*dv));
     case "enpa"_4cc:

@@ -28,8 +28,12 @@ quillmere::movies::FrameTarget TargetOf(void* port) {
   return target;
 }
 
+/// The time of the movie's poster; the start where that lies outside the movie.
 TimeValue PosterTimeOf(const MovieRecord& movie) {
-  return static_cast<TimeValue>(quillmere::movies::MovieHeaderOf(movie).poster_time);
+  const UInt32 time = quillmere::movies::MovieHeaderOf(movie).poster_time;
+  const bool is_inside = time < quillmere::movies::FullDurationOf(movie) &&
+                         time <= static_cast<UInt32>(quillmere::movies::kLongestTimeValue);
+  return is_inside ? static_cast<TimeValue>(time) : 0;
 }
 
 /// What a world shows as a picture with its frame at the origin; null without memory.

@@ -73,10 +73,10 @@ OSStatus Encoder::Encode(const PixelBlock& picture, const Settings& settings, Co
 }
 
 std::array<UInt32, 8> EnforcedClap(const DvFormat& format) {
-  return {format.clean_width.numerator,
-          format.clean_width.denominator,
-          format.clean_height.numerator,
-          format.clean_height.denominator,
+  return {format.picture->clean_width.numerator,
+          format.picture->clean_width.denominator,
+          format.picture->clean_height.numerator,
+          format.picture->clean_height.denominator,
           0,
           1,
           0,
@@ -84,15 +84,15 @@ std::array<UInt32, 8> EnforcedClap(const DvFormat& format) {
 }
 
 std::array<UInt32, 2> EnforcedPasp(const DvFormat& format, const Settings& settings) {
-  const auto& pixel = IsSet(settings, kDvWide) ? format.wide_pixel : format.pixel;
+  const auto& pixel = IsSet(settings, kDvWide) ? format.picture->wide_pixel : format.picture->pixel;
   return {pixel.numerator, pixel.denominator};
 }
 
 std::array<UInt8, 2> EnforcedFiel(const DvFormat& format, const Settings& settings) {
   constexpr UInt8 kTopFirst = 9;
   constexpr UInt8 kBottomFirst = 14;
-  if (format.is_progressive || IsSet(settings, kDvProgressive)) return {1, 0};
-  return {2, format.is_top_first ? kTopFirst : kBottomFirst};
+  if (format.picture->is_progressive || IsSet(settings, kDvProgressive)) return {1, 0};
+  return {2, format.picture->is_top_first ? kTopFirst : kBottomFirst};
 }
 
 }  // namespace quillmere::drawing
