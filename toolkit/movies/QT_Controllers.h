@@ -39,7 +39,7 @@ SInt32 QT_ActivateMovies(QT_MovieExt* list, Boolean active);
 
 /// Makes the movie's controller, in the rectangle of a dialog item, which it fills as far as its
 /// shape lets it. The movie is drawn in the window's port, and the window is shown anew behind each
-/// frame. -30588 for an item that the window hasn't.
+/// frame; the movie is disposed of before the window is. -30588 for an item that the window hasn't.
 SInt32 QT_AttachMovieToDialogItem(QT_MovieExt* element, WindowRef window, HIViewID item);
 /// Ends the controller and the movie; the element stays in its list. Null is allowed.
 void QT_DisposeMovieData(QT_MovieExt* element);
