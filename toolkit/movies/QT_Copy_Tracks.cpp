@@ -183,13 +183,13 @@ void ForEachVisualPart(Movie movie, Visit visit) {
     SInt32 duration = 0;
     GetMovieNextInterestingTime(movie, flags, 1, kTypes, time, kNormalRate, &time, &duration);
     const bool isEnd = time == -1 || GetMoviesError() != noErr;
-    if (start != -1 && (isEnd || time > end + 1)) {
+    if (start != -1 && (isEnd || time > SInt64{end} + 1)) {
       if (!visit(TimeSpan{start, end - start})) return;
       start = -1;
     }
     if (isEnd) return;
     if (start == -1) start = time;
-    end = time + duration;
+    end = EndOf({time, duration});
   }
 }
 

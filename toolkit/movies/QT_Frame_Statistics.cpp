@@ -38,7 +38,7 @@ SInt32 WalkCorrectedDurations(Movie movie, Visit visit) {
   TimeSpan last = {-1, 0};
   const auto visitLast = [&](SInt32 next) {
     if (last.time == -1) return;
-    visit(last.duration + (next == last.time + last.duration + 1 ? 1 : 0));
+    visit(last.duration + (next == SInt64{last.time} + last.duration + 1 ? 1 : 0));
   };
   const SInt32 status = WalkFrames(movie, kFirstSample, 0, [&](const TimeSpan& frame) {
     visitLast(frame.time);
@@ -183,7 +183,7 @@ SInt32 QT_CountMovieFrames(Movie movie, SInt32* count, QT_FrameGap** gaps) {
       gap->time = end;
       gap->duration = frame.time - end;
     }
-    end = frame.time + frame.duration;
+    end = EndOf(frame);
     return ++*count > 0;
   });
   return status ? status : builder.status();
@@ -233,7 +233,7 @@ SInt32* QT_MakeMovieTimeList(Movie movie, OSType codecType, SInt32 count, SInt32
   WalkFrames(movie, kFirstStep, 0, [&](const TimeSpan& frame) {
     if (made == count) return false;
     list[made++] = frame.time;
-    end = frame.time + frame.duration;
+    end = EndOf(frame);
     return true;
   });
   std::fill(list + made, list + entries, end);

@@ -77,7 +77,7 @@ class DescriptionHandle {
 /// which moves on over those that end within the run.
 void CutRun(Media media, const TimeSpan& run, const LL_Interval** list,
             std::vector<QT_FileInterval>* found) {
-  const SInt32 end = run.time + run.duration;
+  const SInt32 end = EndOf(run);
   for (const LL_Interval*& at = *list; at != nullptr && at->start < end; at = at->next) {
     const SInt32 from = std::max(at->start, run.time);
     const SInt32 to = std::min(at->end, end);

@@ -27,6 +27,11 @@ struct TimeSpan {
   SInt32 duration;
 };
 
+/// When a span ends, held to what a time can say.
+inline SInt32 EndOf(const TimeSpan& span) {
+  return static_cast<SInt32>(std::min<SInt64>(SInt64{span.time} + span.duration, 0x7FFFFFFF));
+}
+
 /// Calls `visit` with each thing of a kind that begins in a track or media from `start` on, until
 /// it gives false; `next` is the toolbox's search in that.
 template <class Where, class Visit>
