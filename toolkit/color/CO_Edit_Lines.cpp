@@ -15,7 +15,7 @@ namespace quillmere::color {
 namespace {
 
 /// The cubic that goes through a power at Chebyshev's four nodes within `reach` of a middle, by
-/// Newton's divided differences (Press et al., Numerical Recipes, 3.5).
+/// Newton's divided differences (Abramowitz and Stegun, 25.2.26).
 struct CubicPiece {
   CubicPiece(double exponent, double middle, double reach) {
     double nodes[4];
